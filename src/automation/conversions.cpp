@@ -1,0 +1,191 @@
+#include "automation/conversions.h"
+
+#include <charconv>
+#include <cmath>
+#include <limits>
+
+#include "automation/decimal.h"
+#include "automation/error.h"
+#include "automation/text.h"
+
+namespace talvex::automation {
+
+namespace {
+
+constexpr std::string_view kSource = "Talvex.Automation";
+
+// The value as an error message shows it: texts are quoted and cut, so that a message stays a line.
+std::string Shown(const Variant& value) {
+  if (!value.IsString()) return "a value of kind " + std::string(KindName(value.Type()));
+  constexpr std::size_t kMost = 40;
+  const std::string& text = value.As<std::string>();
+  if (text.size() <= kMost) return "'" + text + "'";
+  std::size_t end = kMost;
+  while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) --end;
+  return "'" + text.substr(0, end) + "...'";
+}
+
+[[noreturn]] void RaiseMismatch(const Variant& value, std::string_view wanted) {
+  throw Error(error_number::kTypeMismatch, kSource, "Type mismatch: " + Shown(value) + " is not " + std::string(wanted));
+}
+
+[[noreturn]] void RaiseNull() { throw Error(error_number::kInvalidUseOfNull, kSource, "Invalid use of Null"); }
+
+[[noreturn]] void RaiseOverflow(std::string_view type) {
+  throw Error(error_number::kOverflow, kSource, "Overflow: the number does not fit " + std::string(type));
+}
+
+template <class Integer>
+Integer RoundTo(double value, std::string_view type) {
+  const double rounded = Round(value, 0);
+  if (!(rounded >= std::numeric_limits<Integer>::min() && rounded <= std::numeric_limits<Integer>::max())) {
+    RaiseOverflow(type);
+  }
+  return static_cast<Integer>(rounded);
+}
+
+bool IsDigit(char c) noexcept { return c >= '0' && c <= '9'; }
+
+// Copies a run of digits from `rest` to `digits`, commas left out when they may stand there.
+bool TakeDigits(std::string_view& rest, std::string& digits, bool commas) {
+  bool found = false;
+  while (!rest.empty() && (IsDigit(rest.front()) || (commas && found && rest.front() == ','))) {
+    if (rest.front() != ',') digits += rest.front();
+    found = true;
+    rest.remove_prefix(1);
+  }
+  return found;
+}
+
+bool TakeExponent(std::string_view& rest, std::string& digits) {
+  if (rest.empty()) return true;
+  const char mark = FoldCase(rest.front());
+  if (mark != 'e' && mark != 'd') return false;
+  rest.remove_prefix(1);
+  digits += 'e';
+  if (!rest.empty() && (rest.front() == '-' || rest.front() == '+')) {
+    if (rest.front() == '-') digits += '-';
+    rest.remove_prefix(1);
+  }
+  return TakeDigits(rest, digits, false);
+}
+
+}  // namespace
+
+std::optional<double> ParseNumber(std::string_view text) {
+  std::string_view rest = Trimmed(text);
+  std::string digits;
+  if (!rest.empty() && (rest.front() == '-' || rest.front() == '+')) {
+    if (rest.front() == '-') digits += '-';
+    rest.remove_prefix(1);
+  }
+  bool found = TakeDigits(rest, digits, true);
+  if (!rest.empty() && rest.front() == '.') {
+    rest.remove_prefix(1);
+    digits += found ? "." : "0.";
+    const bool decimals = TakeDigits(rest, digits, false);
+    if (!decimals) digits += '0';
+    found = found || decimals;
+  }
+  if (!found || !TakeExponent(rest, digits) || !rest.empty()) return std::nullopt;
+  double value = 0;
+  const auto [end, status] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+  if (status == std::errc::result_out_of_range) {
+    // A number too small for a double is 0; one too large is none.
+    const std::size_t exponent = digits.find('e');
+    const bool tiny = exponent != std::string::npos && digits.compare(exponent, 2, "e-") == 0;
+    return tiny ? std::optional<double>(0.0) : std::nullopt;
+  }
+  return status == std::errc() ? std::optional<double>(value) : std::nullopt;
+}
+
+std::string ToText(const Variant& value) {
+  switch (value.Type()) {
+    case Kind::Empty: return {};
+    case Kind::Null: RaiseNull();
+    case Kind::Boolean: return value.As<bool>() ? "True" : "False";
+    case Kind::Int16: return std::to_string(value.As<std::int16_t>());
+    case Kind::Int32: return std::to_string(value.As<std::int32_t>());
+    case Kind::Double: return NumberText(value.As<double>());
+    case Kind::Currency: return value.As<Currency>().ToText();
+    case Kind::Date: return value.As<Date>().ToText();
+    case Kind::String: return value.As<std::string>();
+    default: RaiseMismatch(value, "a text");
+  }
+}
+
+double ToDouble(const Variant& value) {
+  switch (value.Type()) {
+    case Kind::Empty: return 0;
+    case Kind::Null: RaiseNull();
+    case Kind::Boolean: return value.As<bool>() ? -1 : 0;
+    case Kind::Int16: return value.As<std::int16_t>();
+    case Kind::Int32: return value.As<std::int32_t>();
+    case Kind::Double: return value.As<double>();
+    case Kind::Currency: return value.As<Currency>().ToDouble();
+    case Kind::String:
+      if (const auto number = ParseNumber(value.As<std::string>())) return *number;
+      [[fallthrough]];
+    default: RaiseMismatch(value, "a number");
+  }
+}
+
+std::int32_t RoundToInt32(double value) { return RoundTo<std::int32_t>(value, "a 32-bit integer"); }
+
+std::int32_t ToInt32(const Variant& value) {
+  if (value.Type() == Kind::Int32) return value.As<std::int32_t>();
+  return RoundToInt32(ToDouble(value));
+}
+
+std::int16_t ToInt16(const Variant& value) {
+  if (value.Type() == Kind::Int16) return value.As<std::int16_t>();
+  return RoundTo<std::int16_t>(ToDouble(value), "a 16-bit integer");
+}
+
+bool ToBoolean(const Variant& value) {
+  if (value.Type() == Kind::Boolean) return value.As<bool>();
+  if (value.IsString()) {
+    const std::string_view text = Trimmed(value.As<std::string>());
+    if (SameFolded(text, "true")) return true;
+    if (SameFolded(text, "false")) return false;
+    if (!ParseNumber(text)) RaiseMismatch(value, "a Boolean");
+  }
+  return ToDouble(value) != 0;
+}
+
+Currency ToCurrency(const Variant& value) {
+  if (value.Type() == Kind::Currency) return value.As<Currency>();
+  return Currency::FromDouble(ToDouble(value));
+}
+
+Date ToDate(const Variant& value) {
+  switch (value.Type()) {
+    case Kind::Empty: return {};
+    case Kind::Null: RaiseNull();
+    case Kind::Date: return value.As<Date>();
+    case Kind::String:
+      if (const auto date = Date::Parse(value.As<std::string>())) return *date;
+      [[fallthrough]];
+    default: RaiseMismatch(value, "a date");
+  }
+}
+
+bool IsNumeric(const Variant& value) {
+  switch (value.Type()) {
+    case Kind::Empty:
+    case Kind::Boolean:
+    case Kind::Int16:
+    case Kind::Int32:
+    case Kind::Currency: return true;
+    case Kind::Double: return std::isfinite(value.As<double>());
+    case Kind::String: return ParseNumber(value.As<std::string>()).has_value();
+    default: return false;
+  }
+}
+
+bool IsDate(const Variant& value) {
+  if (value.Type() == Kind::Date) return true;
+  return value.IsString() && Date::Parse(value.As<std::string>()).has_value();
+}
+
+}  // namespace talvex::automation

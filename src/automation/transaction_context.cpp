@@ -1,0 +1,81 @@
+#include "automation/transaction_context.h"
+
+#include <utility>
+
+namespace talvex::automation {
+
+namespace {
+
+thread_local TransactionContext* current_context = nullptr;
+
+}  // namespace
+
+TransactionContext::TransactionContext(const ClassRegistry& classes) : classes_(classes) {
+  if (current_context != nullptr) {
+    throw Error(error_number::kInvalidCall, "Talvex.Automation",
+                "Invalid procedure call: the thread is in a transaction already");
+  }
+  current_context = this;
+}
+
+TransactionContext::~TransactionContext() {
+  if (!finished_) Rollback();
+  current_context = nullptr;
+}
+
+TransactionContext* TransactionContext::Current() noexcept { return current_context; }
+
+void TransactionContext::Offer(std::string_view name, ObjectRef object) {
+  named_.insert_or_assign(std::string(name), std::move(object));
+}
+
+ObjectRef TransactionContext::NamedObject(std::string_view name) const {
+  const auto found = named_.find(name);
+  if (found == named_.end()) {
+    throw Error(error_number::kInvalidCall, "Talvex.Automation",
+                "Invalid procedure call: the host offers no object '" + std::string(name) + "'");
+  }
+  return found->second;
+}
+
+void TransactionContext::Enlist(std::string_view key, std::unique_ptr<Resource> resource) {
+  resources_.emplace_back(key, std::move(resource));
+}
+
+TransactionContext::Resource* TransactionContext::Find(std::string_view key) const {
+  for (const auto& [name, resource] : resources_) {
+    if (name == key) return resource.get();
+  }
+  return nullptr;
+}
+
+void TransactionContext::OnCompletion(std::function<void(bool)> callback) { callbacks_.push_back(std::move(callback)); }
+
+bool TransactionContext::Commit() {
+  if (aborted_) {
+    Rollback();
+    return false;
+  }
+  try {
+    for (const auto& [key, resource] : resources_) resource->Commit();
+  } catch (...) {
+    Rollback();
+    throw;
+  }
+  Finish(true);
+  return true;
+}
+
+void TransactionContext::Rollback() noexcept {
+  for (const auto& [key, resource] : resources_) resource->Rollback();
+  Finish(false);
+}
+
+void TransactionContext::Finish(bool committed) noexcept {
+  finished_ = true;
+  for (const auto& callback : callbacks_) callback(committed);
+  callbacks_.clear();
+  resources_.clear();
+}
+
+}  // namespace talvex::automation
