@@ -1,0 +1,78 @@
+// The rows of a result, held compactly in memory.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "automation/variant.h"
+
+namespace talvex::platform::database {
+
+// Rows and columns of values. A cell takes 16 bytes; texts stand one after another in shared blocks, so that
+// a listing of a hundred thousand budgets costs little more than its texts.
+class RowSet {
+ public:
+  RowSet() = default;
+  explicit RowSet(std::vector<std::string> columns) : columns_(std::move(columns)) {}
+
+  [[nodiscard]] const std::vector<std::string>& Columns() const noexcept { return columns_; }
+  // The position of a column, its name compared without case; nothing when there is none.
+  [[nodiscard]] std::optional<std::size_t> Find(std::string_view column) const noexcept;
+  [[nodiscard]] std::size_t RowCount() const noexcept;
+
+  // Filling, cell after cell and row after row. A value of a kind that no table holds (an array, an object, a
+  // number that is not finite) raises -2147217887.
+  void Append(automation::NullValue);
+  void Append(std::int32_t value);
+  void Append(double value);
+  void Append(automation::Date value);
+  void Append(std::string_view text);
+  void Append(const automation::Variant& value) { Add(MakeCell(value)); }
+  // Adds a whole row of another set, which has as many columns.
+  void AppendRow(const RowSet& from, std::size_t row);
+
+  [[nodiscard]] automation::Variant Value(std::size_t row, std::size_t column) const;
+  void Set(std::size_t row, std::size_t column, const automation::Variant& value);
+
+  // The kind of a cell, and its content without a copy when it is a text (else the empty view).
+  [[nodiscard]] automation::Kind TypeAt(std::size_t row, std::size_t column) const noexcept;
+  [[nodiscard]] std::string_view TextAt(std::size_t row, std::size_t column) const noexcept;
+
+  // Removes the last row.
+  void RemoveLastRow();
+
+ private:
+  struct Cell {
+    automation::Kind kind = automation::Kind::Empty;
+    std::uint32_t length = 0;
+    union {
+      std::int64_t whole = 0;
+      double number;
+      const char* text;
+    };
+  };
+  static_assert(sizeof(Cell) == 16);
+
+  [[nodiscard]] Cell MakeCell(const automation::Variant& value);
+  [[nodiscard]] Cell MakeTextCell(std::string_view text);
+  void Add(Cell cell);
+  [[nodiscard]] const Cell& At(std::size_t row, std::size_t column) const noexcept {
+    return pages_[row / kRowsPerPage][row % kRowsPerPage * columns_.size() + column];
+  }
+
+  static constexpr std::size_t kRowsPerPage = 1024;
+
+  std::vector<std::string> columns_;
+  // In pages, since one growing array would hold all cells twice whenever it moves.
+  std::vector<std::vector<Cell>> pages_;
+  std::vector<std::unique_ptr<char[]>> blocks_;
+  std::size_t block_size_ = 0;
+  std::size_t block_used_ = 0;
+};
+
+}  // namespace talvex::platform::database

@@ -1,0 +1,79 @@
+#include "platform/suite.h"
+
+#include "automation/conversions.h"
+#include "automation/error.h"
+
+namespace talvex::platform::suite {
+
+using automation::Variant;
+
+namespace {
+
+automation::ObjectRef ObjectIn(const Variant& value) {
+  return value.IsObject() ? value.As<automation::ObjectRef>() : nullptr;
+}
+
+}  // namespace
+
+Service::Service(automation::ObjectRef object) : object_(std::move(object)) {
+  if (object_ == nullptr) {
+    throw automation::Error(automation::error_number::kObjectNotSet, "Talvex.Platform", "Object not set: a suite service");
+  }
+}
+
+void Configuration::SelectApplication(std::string_view name) const { Get().Call("SelectApplication", name, 0); }
+
+std::string Configuration::Value(std::string_view section, std::string_view key) const {
+  return automation::ToText(Get().Call("Value", section, key));
+}
+
+std::shared_ptr<automation::Dictionary> Configuration::ApplicationEntries(std::string_view name) const {
+  using Entries = automation::ValueOf<std::shared_ptr<automation::Dictionary>>;
+  return Entries::From(Get().Call("ApplicationEntries", name));
+}
+
+std::string Configuration::ConfigDirOf(const Variant& entry) {
+  return Configuration(ObjectIn(entry)).ConfigDir();
+}
+
+std::string Configuration::ConfigDir() const { return automation::ToText(Get().Get("ConfigDir")); }
+
+void Configuration::Load(std::string_view path) const { Get().Call("Load", path); }
+
+void Log::WriteError(std::string_view source, std::string_view text, std::int32_t& level) const {
+  Variant by_reference(level);
+  Get().Call("WriteError", source, text, by_reference, Variant());
+  level = automation::ToInt32(by_reference);
+}
+
+automation::Currency CurrencyConverter::Convert(std::string_view source, std::string_view target,
+                                                automation::Currency amount, automation::Date date) const {
+  return automation::ToCurrency(Get().Call("Convert", source, target, amount, date));
+}
+
+std::int32_t CurrencyConverter::Decimals(std::string_view code) const {
+  return automation::ToInt32(Get().Call("Decimals", code));
+}
+
+void SuiteUser::SendMail(std::string_view from, std::string_view to, std::string_view subject,
+                         std::string_view body) const {
+  Get().Call("SendMail", from, to, subject, body);
+}
+
+void MembershipUser::Initialise(std::string_view configuration_file) const { Get().Call("Initialise", configuration_file); }
+
+void MembershipUser::Open(std::string_view user, std::string_view script_user, std::string_view script_code) const {
+  Get().Call("Open", user, script_user, script_code);
+}
+
+std::int16_t MembershipUser::LocaleId() const { return automation::ToInt16(Get().Get("LocaleId")); }
+
+MessageManager MessageManager::Of(automation::Object& application) {
+  return MessageManager(ObjectIn(application.Call("Value", "I18NMessageManager")));
+}
+
+std::string MessageManager::GetText(std::string_view label, std::string_view locale_id) const {
+  return automation::ToText(Get().Call("GetText", label, locale_id));
+}
+
+}  // namespace talvex::platform::suite
