@@ -1,0 +1,65 @@
+#include <cstdint>
+#include <string>
+
+#include "automation/conversions.h"
+#include "automation/text.h"
+#include "automation/transaction_context.h"
+#include "platform/database/literals.h"
+#include "platform/database/recordset.h"
+#include "platform/suite.h"
+#include "services/frame.h"
+#include "services/lib_general.h"
+#include "services/lib_sql.h"
+#include "services/lib_user_lib.h"
+
+namespace talvex::Lib_General {
+
+using automation::TransactionContext;
+using platform::database::NumberLiteral;
+using platform::database::TextLiteral;
+
+namespace {
+
+// The user for whom the thread last determined a locale, and that locale.
+struct UserLocale {
+  std::string user;
+  std::int16_t locale_id = 0;
+};
+
+std::int16_t LocaleOf(const std::string& user) {
+  thread_local UserLocale cached;
+  if (user != cached.user) {
+    const std::int16_t locale_id = Lib_UserLib::UL_CreateUO(user).LocaleId();
+    cached = {user, locale_id};
+  }
+  return cached.locale_id;
+}
+
+std::string TextFromTable(const std::string& user, std::int16_t locale_id, const std::string& label) {
+  auto texts = Lib_SQL::Sql_GetDisconnectedRecordset("Select * From I18NTEXT Where LOCALEID=" + NumberLiteral(locale_id) +
+                                                         " AND LABEL= " + TextLiteral(label),
+                                                     nullptr);
+  std::string text = texts->Eof() ? "Label or Locale not known for user:" + user + " locale: " +
+                                        std::to_string(locale_id) + " Message Code: " + label
+                                  : Gen_NullToString(texts->Value("Text"));
+  Lib_SQL::CloseRecordset(texts);
+  return text;
+}
+
+std::string TextFromHost(const TransactionContext& context, std::int16_t locale_id, const std::string& label) {
+  const automation::ObjectRef application = context.NamedObject("Application");
+  return platform::suite::MessageManager::Of(*application).GetText(label, std::to_string(locale_id));
+}
+
+}  // namespace
+
+std::string Gen_GetI18N(const std::string& user, const std::string& label) {
+  return Handled("Lib_General.Gen_GetI18N", [&] {
+    if (automation::Trimmed(label).empty()) return std::string();
+    const std::int16_t locale_id = LocaleOf(user);
+    const auto* const context = TransactionContext::Current();
+    return context == nullptr ? TextFromTable(user, locale_id, label) : TextFromHost(*context, locale_id, label);
+  });
+}
+
+}  // namespace talvex::Lib_General
