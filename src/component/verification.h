@@ -1,0 +1,31 @@
+// Checking the ledger's own books.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "ledger/availability.h"
+#include "platform/database/connection.h"
+
+namespace talvex::component {
+
+// A line whose stored availability is not what its amounts say.
+struct LineDrift {
+  std::string budget_code;
+  std::int32_t line_id = 0;
+  Availability stored;
+  Availability expected;
+};
+
+struct Verification {
+  std::int32_t lines = 0;         // How many lines were looked at.
+  std::vector<LineDrift> drifts;  // Ordered by budget code and line number.
+};
+
+// Recomputes what is available on every budget line and compares it with what is stored, both to four decimals. Only
+// reads. `connection` stays open.
+[[nodiscard]] Verification VerifyLines(const std::shared_ptr<platform::database::Connection>& connection);
+
+}  // namespace talvex::component

@@ -1,0 +1,33 @@
+#include "ledger/budget_walk.h"
+
+#include "automation/error.h"
+#include "platform/environment.h"
+
+namespace talvex {
+
+namespace {
+
+// What one level of a walk, its statements and the handling of an error in them need at the most.
+constexpr std::size_t kStackReserve = 256UL * 1024;
+
+[[noreturn]] void RaiseOutOfStack(const std::string& why) {
+  throw automation::Error(automation::error_number::kOutOfStackSpace, "Talvex.BudgetT", "Out of stack space: " + why);
+}
+
+}  // namespace
+
+bool BudgetWalk::Enter(const std::string& code) {
+  const auto [budget, is_new] = budgets_.try_emplace(code, Status::OnPath);
+  if (!is_new) {
+    if (budget->second == Status::OnPath) RaiseOutOfStack("budget '" + code + "' is its own ancestor");
+    return false;
+  }
+  if (platform::Environment::Current().stack_left() < kStackReserve) {
+    RaiseOutOfStack("the hierarchy above budget '" + code + "' is too deep");
+  }
+  return true;
+}
+
+void BudgetWalk::Leave(const std::string& code) { budgets_.insert_or_assign(code, Status::Walked); }
+
+}  // namespace talvex
