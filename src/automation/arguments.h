@@ -1,4 +1,5 @@
-// How C++ parameter types meet late-bound values: one rule per kind of parameter, used by every member of every class.
+// How C++ parameter types meet late-bound values: one rule per kind of parameter, used by every member of
+// every class.
 //
 //   T, const T&         in: the argument is converted
 //   T&                  in/out: converted, and the value is handed back afterwards
@@ -84,20 +85,21 @@ struct ValueOf<Array> {
   static Variant To(Array value) { return Variant(std::move(value)); }
 };
 template <class E>
-  requires std::is_enum_v<E>
+requires std::is_enum_v<E>
 struct ValueOf<E> {
   static std::string TypeName() { return DescribeEnumeration(E{}).Name(); }
   // A number, or the name of a member.
   static E From(const Variant& value) {
     if (value.IsString()) {
-      if (const auto number = DescribeEnumeration(E{}).NumberOf(value.As<std::string>())) return static_cast<E>(*number);
+      if (const auto number = DescribeEnumeration(E{}).NumberOf(value.As<std::string>()))
+        return static_cast<E>(*number);
     }
     return static_cast<E>(ValueOf<std::underlying_type_t<E>>::From(value));
   }
   static Variant To(E value) { return Variant(static_cast<std::underlying_type_t<E>>(value)); }
 };
 template <class C>
-  requires std::derived_from<C, Object>
+requires std::derived_from<C, Object>
 struct ValueOf<std::shared_ptr<C>> {
   static std::string TypeName() {
     if constexpr (std::same_as<C, Object>) {
@@ -113,10 +115,13 @@ struct ValueOf<std::shared_ptr<C>> {
       if (object == nullptr) return nullptr;
       if (auto typed = std::dynamic_pointer_cast<C>(object)) return typed;
     }
-    throw Error(error_number::kTypeMismatch, "Talvex.Automation", "Type mismatch: an object of class " + TypeName() + " is wanted");
+    throw Error(error_number::kTypeMismatch, "Talvex.Automation",
+                "Type mismatch: an object of class " + TypeName() + " is wanted");
   }
   // An object that is not set is Empty to a late-bound caller.
-  static Variant To(std::shared_ptr<C> value) { return value == nullptr ? Variant() : Variant(std::move(value)); }
+  static Variant To(std::shared_ptr<C> value) {
+    return value == nullptr ? Variant() : Variant(std::move(value));
+  }
 };
 
 [[noreturn]] inline void RaiseMissingArgument() {
@@ -128,7 +133,8 @@ template <class P>
 class Slot {
  public:
   using T = std::remove_cvref_t<P>;
-  static constexpr bool kByReference = std::is_lvalue_reference_v<P> && !std::is_const_v<std::remove_reference_t<P>>;
+  static constexpr bool kByReference =
+      std::is_lvalue_reference_v<P> && !std::is_const_v<std::remove_reference_t<P>>;
   static constexpr bool kOptional = false;
   static std::string TypeName() { return ValueOf<T>::TypeName(); }
 
@@ -149,10 +155,11 @@ class Slot {
 
 // A Variant parameter needs no conversion: the method works on the caller's own value.
 template <class P>
-  requires std::same_as<std::remove_cvref_t<P>, Variant>
+requires std::same_as<std::remove_cvref_t<P>, Variant>
 class Slot<P> {
  public:
-  static constexpr bool kByReference = std::is_lvalue_reference_v<P> && !std::is_const_v<std::remove_reference_t<P>>;
+  static constexpr bool kByReference =
+      std::is_lvalue_reference_v<P> && !std::is_const_v<std::remove_reference_t<P>>;
   static constexpr bool kOptional = false;
   static std::string TypeName() { return "variant"; }
 

@@ -11,8 +11,9 @@ bool IsNameCharacter(char c) noexcept {
   return (folded >= 'a' && folded <= 'z') || (c >= '0' && c <= '9') || c == '_';
 }
 
-// The name at the end of one parameter's declaration: "const std::string& iUser" gives "iUser".
+// The name at the end of one parameter's declaration, before its default: "Date& ioDate = {}" gives "ioDate".
 std::string NameAtEnd(std::string_view parameter) {
+  parameter = parameter.substr(0, parameter.find('='));
   std::size_t end = parameter.size();
   while (end > 0 && !IsNameCharacter(parameter[end - 1])) --end;
   std::size_t begin = end;
@@ -34,8 +35,8 @@ std::vector<std::string> ParameterNames(std::string_view declaration) {
   std::size_t from = 0;
   for (std::size_t at = 0; at <= inside.size(); ++at) {
     const char c = at < inside.size() ? inside[at] : ',';
-    if (c == '<' || c == '(') ++depth;
-    if (c == '>' || c == ')') --depth;
+    if (c == '<' || c == '(' || c == '{') ++depth;
+    if (c == '>' || c == ')' || c == '}') --depth;
     if (c != ',' || depth != 0) continue;
     std::string name = NameAtEnd(inside.substr(from, at - from));
     if (!name.empty()) names.push_back(std::move(name));

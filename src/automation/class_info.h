@@ -1,11 +1,11 @@
-// Classes that describe themselves: a member is declared once, and that declaration is the typed C++ method, the
-// late-bound call, the description that `describe` prints and the documentation.
+// Classes that describe themselves: a member is declared once, and that declaration is the typed C++ method,
+// the late-bound call, the description that `describe` prints and the documentation.
 //
 //   class Account final : public Object {
 //     TALVEX_CLASS(Account, "Bank.Account", "An account and its balance.");
 //    public:
-//     TALVEX_METHOD(double, Deposit, (double iAmount, Date iDate), "Adds iAmount as of iDate; returns the balance.");
-//     TALVEX_PROPERTY(std::string, Owner, "Who holds the account.");
+//     TALVEX_METHOD(double, Deposit, (double iAmount, Date iDate), "Adds iAmount as of iDate; returns the
+//     balance."); TALVEX_PROPERTY(std::string, Owner, "Who holds the account.");
 //   };
 #pragma once
 
@@ -64,12 +64,22 @@ Slot<P> MakeSlot(Variant* argument, const Parameter& parameter) {
   }
 }
 
+// A parameter that may be left out has the type of what it holds.
+template <class T>
+struct Given {
+  using Type = T;
+};
+template <class T>
+struct Given<std::optional<T>> {
+  using Type = T;
+};
+
 template <class P>
 Parameter Describe(std::string name) {
-  Parameter parameter{std::move(name), Slot<P>::TypeName(), Slot<P>::kByReference, Slot<P>::kOptional, nullptr};
-  if constexpr (std::is_enum_v<std::remove_cvref_t<P>>) {
-    parameter.enumeration = &DescribeEnumeration(std::remove_cvref_t<P>{});
-  }
+  using Type = typename Given<std::remove_cvref_t<P>>::Type;
+  Parameter parameter{std::move(name), Slot<P>::TypeName(), Slot<P>::kByReference, Slot<P>::kOptional,
+                      nullptr};
+  if constexpr (std::is_enum_v<Type>) parameter.enumeration = &DescribeEnumeration(Type{});
   return parameter;
 }
 
@@ -101,7 +111,8 @@ struct MethodTraits<R (C::*)(P...)> {
   template <R (C::*Function)(P...), std::size_t... I>
   static Variant Invoke(C& self, [[maybe_unused]] Arguments arguments, [[maybe_unused]] const Method& method,
                         std::index_sequence<I...>) {
-    std::tuple<Slot<P>...> slots{MakeSlot<P>(I < arguments.size() ? arguments[I] : nullptr, method.parameters[I])...};
+    std::tuple<Slot<P>...> slots{
+        MakeSlot<P>(I < arguments.size() ? arguments[I] : nullptr, method.parameters[I])...};
     if constexpr (std::is_void_v<R>) {
       (self.*Function)(std::get<I>(slots).Value()...);
       (std::get<I>(slots).Return(), ...);
@@ -113,15 +124,14 @@ struct MethodTraits<R (C::*)(P...)> {
     }
   }
 };
-template <class C, class R, class... P>
-struct MethodTraits<R (C::*)(P...) const> : MethodTraits<R (C::*)(P...)> {};
 
 }  // namespace detail
 
-// What is known of a class. Filled while the program starts, by the declarations of its members; constant afterwards.
+// What is known of a class. The declarations of its members fill it while the program starts; constant then.
 class ClassInfo {
  public:
-  ClassInfo(std::string_view name, std::string_view documentation) : name_(name), documentation_(documentation) {}
+  ClassInfo(std::string_view name, std::string_view documentation)
+      : name_(name), documentation_(documentation) {}
 
   [[nodiscard]] const std::string& Name() const noexcept { return name_; }
   [[nodiscard]] const std::string& Documentation() const noexcept { return documentation_; }
@@ -134,8 +144,8 @@ class ClassInfo {
   template <auto Function>
   bool Add(std::string_view name, std::string_view parameters, std::string_view documentation) {
     using Traits = detail::MethodTraits<decltype(Function)>;
-    return AddMethod({std::string(name), Traits::Parameters(parameters), Traits::Result(), std::string(documentation),
-                      &Traits::template Invoke<Function>});
+    return AddMethod({std::string(name), Traits::Parameters(parameters), Traits::Result(),
+                      std::string(documentation), &Traits::template Invoke<Function>});
   }
 
   template <class Self, auto Getter>
@@ -187,40 +197,40 @@ class ClassInfo {
 }  // namespace talvex::automation
 
 // At the top of a class: its C++ name, the name it is created by, and what it is for.
-#define TALVEX_CLASS(Type, class_name, documentation)                                        \
- public:                                                                                     \
-  using Self = Type;                                                                         \
-  static std::string ClassName() { return class_name; }                                      \
-  static ::talvex::automation::ClassInfo& Info() {                                           \
-    static ::talvex::automation::ClassInfo info(class_name, documentation);                  \
-    return info;                                                                             \
-  }                                                                                          \
-  const ::talvex::automation::ClassInfo& Class() const override { return Info(); }           \
+#define TALVEX_CLASS(Type, class_name, documentation)                              \
+ public:                                                                           \
+  using Self = Type;                                                               \
+  static std::string ClassName() { return class_name; }                            \
+  static ::talvex::automation::ClassInfo& Info() {                                 \
+    static ::talvex::automation::ClassInfo info(class_name, documentation);        \
+    return info;                                                                   \
+  }                                                                                \
+  const ::talvex::automation::ClassInfo& Class() const override { return Info(); } \
   static_assert(true, "a semicolon follows")
 
 // A method. The parameter list stands in parentheses, each parameter with its name.
-#define TALVEX_METHOD(Result, Name, parameters, documentation)                               \
-  Result Name parameters;                                                                    \
+#define TALVEX_METHOD(Result, Name, parameters, documentation) \
+  Result Name parameters;                                      \
   inline static const bool declares_##Name = Info().Add<&Self::Name>(#Name, #parameters, documentation)
 
 // A method whose published name cannot be its C++ name.
-#define TALVEX_NAMED_METHOD(Result, Name, published, parameters, documentation)              \
-  Result Name parameters;                                                                    \
+#define TALVEX_NAMED_METHOD(Result, Name, published, parameters, documentation) \
+  Result Name parameters;                                                       \
   inline static const bool declares_##Name = Info().Add<&Self::Name>(published, #parameters, documentation)
 
 // A property that is plain storage, a data member.
-#define TALVEX_PROPERTY(Type, Name, documentation)                                           \
-  Type Name{};                                                                               \
+#define TALVEX_PROPERTY(Type, Name, documentation) \
+  Type Name{};                                     \
   inline static const bool declares_##Name = Info().AddField<Self, &Self::Name>(#Name, documentation)
 
 // A property that can only be read, computed by the const method `Name`.
-#define TALVEX_READONLY(Type, Name, published, documentation)                                \
-  [[nodiscard]] Type Name() const;                                                           \
+#define TALVEX_READONLY(Type, Name, published, documentation) \
+  [[nodiscard]] Type Name() const;                            \
   inline static const bool declares_##Name = Info().AddReadOnly<Self, &Self::Name>(published, documentation)
 
 // A property with a reader `Name` and a writer `Set<Name>`.
-#define TALVEX_ACCESSORS(Type, Name, published, documentation)                               \
-  [[nodiscard]] Type Name() const;                                                           \
-  void Set##Name(const Type& value);                                                         \
-  inline static const bool declares_##Name =                                                 \
+#define TALVEX_ACCESSORS(Type, Name, published, documentation) \
+  [[nodiscard]] Type Name() const;                             \
+  void Set##Name(const Type& value);                           \
+  inline static const bool declares_##Name =                   \
       Info().AddAccessors<Self, &Self::Name, &Self::Set##Name>(published, documentation)

@@ -25,7 +25,8 @@ const ClassInfo* ClassRegistry::Find(std::string_view name) const {
 std::vector<std::string> ClassRegistry::Names() const {
   std::vector<std::string> names;
   for (const auto& [name, entry] : entries_) names.push_back(name);
-  std::sort(names.begin(), names.end());
+  std::sort(names.begin(), names.end(),
+            [](const std::string& a, const std::string& b) { return CompareFolded(a, b) < 0; });
   return names;
 }
 

@@ -2,18 +2,19 @@
 #pragma once
 
 #include <functional>
-#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "automation/class_info.h"
 
 namespace talvex::automation {
 
-// Class names (compared without case) with the makers of their objects. Filled by the composition root before anybody
-// creates anything; a test registers its own maker over another, to stand in for a service or to make creation fail.
+// Class names (compared without case) with the makers of their objects. Filled by the composition root before
+// anybody creates anything; a test registers its own maker over another, to stand in for a service or to make
+// creation fail.
 class ClassRegistry {
  public:
   using Maker = std::function<ObjectRef()>;
@@ -31,7 +32,7 @@ class ClassRegistry {
 
   // Null when there is no such class.
   [[nodiscard]] const ClassInfo* Find(std::string_view name) const;
-  // The registered names, in the order of the alphabet.
+  // The registered names, in the order of the alphabet without regard to case.
   [[nodiscard]] std::vector<std::string> Names() const;
 
  private:

@@ -1,6 +1,12 @@
 #include "automation/collection.h"
 
+#include "automation/release.h"
+
 namespace talvex::automation {
+
+Collection::~Collection() {
+  for (Entry& entry : entries_) LetGo(std::move(entry.item));
+}
 
 void Collection::Add(const Variant& item, std::optional<std::string> key) {
   if (key && !index_.emplace(*key, entries_.size()).second) {

@@ -14,17 +14,20 @@ constexpr int kPlaces = 4;
 constexpr std::int64_t kScale = 10000;
 
 [[noreturn]] void RaiseOverflow() {
-  throw Error(error_number::kOverflow, "Talvex.Automation", "Overflow: the amount does not fit a currency value");
+  throw Error(error_number::kOverflow, "Talvex.Automation",
+              "Overflow: the amount does not fit a currency value");
 }
 
 }  // namespace
 
 Currency Currency::FromDouble(double value) {
   if (!std::isfinite(value)) {
-    throw Error(error_number::kTypeMismatch, "Talvex.Automation", "Type mismatch: the amount is not a finite number");
+    throw Error(error_number::kTypeMismatch, "Talvex.Automation",
+                "Type mismatch: the amount is not a finite number");
   }
-  // Below this bound 15 significant digits hold all four decimals; above it they would cut some that the double has.
-  constexpr double kDecimalBound = 1e11;
+  // Below this bound, and at it, to which numbers may be rounded up, 15 significant digits hold all four
+  // decimals. Far above it they would cut some that the double has.
+  constexpr double kDecimalBound = 1e10;
   if (std::fabs(value) < kDecimalBound) {
     const Decimal decimal = ToDecimal(value);
     const int dropped = -(decimal.exponent + kPlaces);
@@ -33,7 +36,8 @@ Currency Currency::FromDouble(double value) {
     const auto units = static_cast<std::int64_t>(magnitude);
     return FromUnits(decimal.negative ? -units : units);
   }
-  constexpr double kLargest = 922337203685477.0;
+  // Doubles are an eighth apart here, and the next one does not fit.
+  constexpr double kLargest = 922337203685477.5;
   if (std::fabs(value) > kLargest) RaiseOverflow();
   const double whole = std::trunc(value);
   const double fraction = std::nearbyint((value - whole) * static_cast<double>(kScale));
@@ -42,7 +46,8 @@ Currency Currency::FromDouble(double value) {
 
 std::string Currency::ToFixedText() const {
   const bool negative = units_ < 0;
-  const std::uint64_t magnitude = negative ? 0 - static_cast<std::uint64_t>(units_) : static_cast<std::uint64_t>(units_);
+  const std::uint64_t magnitude =
+      negative ? 0 - static_cast<std::uint64_t>(units_) : static_cast<std::uint64_t>(units_);
   std::string decimals = std::to_string(magnitude % kScale);
   decimals.insert(0, kPlaces - decimals.size(), '0');
   return (negative ? "-" : "") + std::to_string(magnitude / kScale) + "." + decimals;

@@ -15,7 +15,8 @@ using std::chrono::local_days;
 using std::chrono::seconds;
 using std::chrono::year_month_day;
 
-constexpr local_days kDayZero{year_month_day{std::chrono::year{1899}, std::chrono::month{12}, std::chrono::day{30}}};
+constexpr local_days kDayZero{
+    year_month_day{std::chrono::year{1899}, std::chrono::month{12}, std::chrono::day{30}}};
 
 void AppendPadded(std::string& text, int value, std::size_t width) {
   const std::string digits = std::to_string(value);
@@ -50,11 +51,12 @@ class Scanner {
 
   // An English month name, whole or its first three letters, with or without a point.
   bool MonthName(unsigned& month) noexcept {
-    static constexpr std::array<std::string_view, 12> kNames = {"january",   "february", "march",    "april",
-                                                                "may",       "june",     "july",     "august",
-                                                                "september", "october",  "november", "december"};
+    static constexpr std::array<std::string_view, 12> kNames = {
+        "january", "february", "march",     "april",   "may",      "june",
+        "july",    "august",   "september", "october", "november", "december"};
     std::size_t length = 0;
-    while (length < rest_.size() && FoldCase(rest_[length]) >= 'a' && FoldCase(rest_[length]) <= 'z') ++length;
+    while (length < rest_.size() && FoldCase(rest_[length]) >= 'a' && FoldCase(rest_[length]) <= 'z')
+      ++length;
     const std::string_view word = rest_.substr(0, length);
     for (std::size_t i = 0; i < kNames.size(); ++i) {
       if (!SameFolded(word, kNames[i]) && !SameFolded(word, kNames[i].substr(0, 3))) continue;
@@ -131,9 +133,11 @@ bool ReadAfterNumber(Scanner& scan, int first, std::size_t width, CalendarDay& r
   std::size_t second_width = 0;
   if (!scan.Number(second, second_width) || second_width > 2 || !scan.Take(separator)) return false;
   if (width == 4) {
-    result.year = first;
-    result.month = static_cast<unsigned>(second);
-    return ReadDay(scan, result.day);
+    int third = 0;
+    std::size_t third_width = 0;
+    if (second_width != 2 || !scan.Number(third, third_width) || third_width != 2) return false;
+    result = {first, static_cast<unsigned>(second), static_cast<unsigned>(third)};
+    return true;
   }
   if (width > 2) return false;
   result.month = static_cast<unsigned>(first);
@@ -174,7 +178,8 @@ bool ReadTime(Scanner& scan, ClockTime& time) noexcept {
 
 Date::Date() noexcept : moment_(kDayZero) {}
 
-std::optional<Date> Date::TryCivil(int year, unsigned month, unsigned day, int hour, int minute, int second) noexcept {
+std::optional<Date> Date::TryCivil(int year, unsigned month, unsigned day, int hour, int minute,
+                                   int second) noexcept {
   const year_month_day calendar{std::chrono::year{year}, std::chrono::month{month}, std::chrono::day{day}};
   const bool day_exists = year >= 1 && year <= 9999 && month <= 12 && day <= 31 && calendar.ok();
   const bool time_exists = hour >= 0 && hour < 24 && minute >= 0 && minute < 60 && second >= 0 && second < 60;
@@ -184,7 +189,8 @@ std::optional<Date> Date::TryCivil(int year, unsigned month, unsigned day, int h
 
 Date Date::Civil(int year, unsigned month, unsigned day, int hour, int minute, int second) {
   const auto date = TryCivil(year, month, day, hour, minute, second);
-  if (!date) throw Error(error_number::kInvalidCall, "Talvex.Automation", "Invalid procedure call: no such date");
+  if (!date)
+    throw Error(error_number::kInvalidCall, "Talvex.Automation", "Invalid procedure call: no such date");
   return *date;
 }
 
@@ -210,8 +216,8 @@ std::optional<Date> Date::ParseIso(std::string_view text) noexcept {
     digit[i] = text[i] - '0';
   }
   const auto pair = [&](std::size_t at) { return digit[at] * 10 + digit[at + 1]; };
-  return TryCivil(pair(0) * 100 + pair(2), static_cast<unsigned>(pair(5)), static_cast<unsigned>(pair(8)), pair(11),
-                  pair(14), pair(17));
+  return TryCivil(pair(0) * 100 + pair(2), static_cast<unsigned>(pair(5)), static_cast<unsigned>(pair(8)),
+                  pair(11), pair(14), pair(17));
 }
 
 year_month_day Date::Calendar() const noexcept { return year_month_day{floor<days>(moment_)}; }
@@ -239,7 +245,8 @@ std::string Date::TimeText() const {
 
 std::string Date::ToText() const {
   if (floor<days>(moment_) == kDayZero) return TimeText();
-  std::string text = std::to_string(Month()) + "/" + std::to_string(Day()) + "/" + std::to_string(Year());
+  std::string text = std::to_string(Month()) + "/" + std::to_string(Day()) + "/";
+  AppendPadded(text, Year(), 4);
   return SecondOfDay() == 0 ? text : text + " " + TimeText();
 }
 

@@ -10,20 +10,24 @@
 
 namespace talvex::automation {
 
-// A date of the Gregorian calendar (years 1 to 9999) with a time of day to the second, in local time and without a
-// zone. The default value is the day zero of the platform, 30 December 1899, whose text shows the time alone.
+// A date of the Gregorian calendar (years 1 to 9999) with a time of day to the second, in local time and
+// without a zone. The default value is the day zero of the platform, 30 December 1899, whose text shows the
+// time alone.
 class Date {
  public:
   Date() noexcept;
 
   // Raises error 5 for a date that does not exist; TryCivil gives nothing instead.
-  [[nodiscard]] static Date Civil(int year, unsigned month, unsigned day, int hour = 0, int minute = 0, int second = 0);
-  [[nodiscard]] static std::optional<Date> TryCivil(int year, unsigned month, unsigned day, int hour = 0, int minute = 0,
-                                                    int second = 0) noexcept;
+  [[nodiscard]] static Date Civil(int year, unsigned month, unsigned day, int hour = 0, int minute = 0,
+                                  int second = 0);
+  [[nodiscard]] static std::optional<Date> TryCivil(int year, unsigned month, unsigned day, int hour = 0,
+                                                    int minute = 0, int second = 0) noexcept;
 
-  // Reads "m/d/yyyy", "m-d-yyyy", "yyyy-mm-dd", "yyyy/mm/dd" or a date with an English month name ("15 March 2026",
-  // "Mar 15, 2026", "15-Mar-2026"), each alone or followed by "hh:mm", "hh:mm:ss" (24 hours, or AM/PM), after a blank
-  // or, as in "2026-03-15T14:30:05", a T. Blanks around it are ignored. Nothing for any other text.
+  // Reads "m/d/yyyy", "m-d-yyyy", "yyyy-mm-dd", "yyyy/mm/dd" or a date with an English month name ("15 March
+  // 2026", "Mar 15, 2026", "15-Mar-2026"), each alone or followed by "hh:mm", "hh:mm:ss" (24 hours, or
+  // AM/PM), after a blank or, as in "2026-03-15T14:30:05", a T. A year has four digits; month
+  // and day have two behind it, one or two before it. Blanks around the text are ignored. Nothing for any
+  // other text.
   [[nodiscard]] static std::optional<Date> Parse(std::string_view text) noexcept;
 
   // Reads exactly "YYYY-MM-DDTHH:MM:SS", the form in which tables hold dates.

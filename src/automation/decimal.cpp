@@ -24,14 +24,26 @@ constexpr std::array<std::uint64_t, kPowers> kPowersOfTen = [] {
   return powers;
 }();
 
+// The double itself, not its first 15 digits, rounded half to even; for a number that is not whole.
+double RoundAllDigits(double value, int places) {
+  // At most a sign, 16 digits before the point (a larger double is whole), the point and 22 decimals.
+  std::array<char, 48> buffer{};
+  const auto end =
+      std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed, places)
+          .ptr;
+  double rounded = value;
+  std::from_chars(buffer.data(), end, rounded);
+  return rounded;
+}
+
 }  // namespace
 
 Decimal ToDecimal(double value) {
   // "d.dddddddddddddde+XX"
   std::array<char, 40> buffer{};
-  const auto end =
-      std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::scientific, kSignificantDigits - 1)
-          .ptr;
+  const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
+                                 std::chars_format::scientific, kSignificantDigits - 1)
+                       .ptr;
   Decimal result;
   const char* at = buffer.data();
   if (*at == '-') {
@@ -62,12 +74,14 @@ std::uint64_t DropDigits(std::uint64_t digits, int dropped) noexcept {
 }
 
 double Round(double value, int places) {
-  if (places < 0) throw Error(error_number::kInvalidCall, "Talvex.Automation", "Invalid procedure call: negative decimals");
+  if (places < 0) {
+    throw Error(error_number::kInvalidCall, "Talvex.Automation", "Invalid procedure call: negative decimals");
+  }
   constexpr int kMostPlaces = 22;  // 10^22 is the largest power of ten that a double holds exactly.
   if (places > kMostPlaces || !std::isfinite(value) || value == std::trunc(value)) return value;
   const Decimal decimal = ToDecimal(value);
   const int dropped = -(decimal.exponent + places);
-  if (dropped <= 0) return value;
+  if (dropped <= 0) return RoundAllDigits(value, places);
   const std::uint64_t kept = DropDigits(decimal.digits, dropped);
   // Both are exact in a double, so the quotient is the nearest double to the result.
   const double magnitude = static_cast<double>(kept) / std::pow(10.0, places);
@@ -77,8 +91,9 @@ double Round(double value, int places) {
 std::string NumberText(double value) {
   if (value == 0) return "0";
   std::array<char, 40> buffer{};
-  const auto end =
-      std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::general, kSignificantDigits).ptr;
+  const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
+                                 std::chars_format::general, kSignificantDigits)
+                       .ptr;
   return Raised(std::string_view(buffer.data(), static_cast<std::size_t>(end - buffer.data())));
 }
 

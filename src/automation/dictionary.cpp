@@ -1,6 +1,12 @@
 #include "automation/dictionary.h"
 
+#include "automation/release.h"
+
 namespace talvex::automation {
+
+Dictionary::~Dictionary() {
+  for (auto& [key, item] : entries_) LetGo(std::move(item));
+}
 
 void Dictionary::Add(const std::string& key, const Variant& item) {
   if (!index_.emplace(key, entries_.size()).second) {
@@ -29,7 +35,8 @@ void Dictionary::SetItem(const std::string& key, const Variant& item) {
 void Dictionary::Remove(const std::string& key) {
   const auto found = index_.find(key);
   if (found == index_.end()) {
-    throw Error(error_number::kInvalidCall, "Talvex.Automation", "Invalid procedure call: there is no key '" + key + "'");
+    throw Error(error_number::kInvalidCall, "Talvex.Automation",
+                "Invalid procedure call: there is no key '" + key + "'");
   }
   const std::size_t removed = found->second;
   entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(removed));

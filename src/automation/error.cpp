@@ -10,7 +10,8 @@ ErrorState& PendingError() noexcept {
   return pending;
 }
 
-PendingErrorScope::PendingErrorScope(ErrorState state) : before_(std::exchange(PendingError(), std::move(state))) {}
+PendingErrorScope::PendingErrorScope(ErrorState state)
+    : before_(std::exchange(PendingError(), std::move(state))) {}
 
 PendingErrorScope::~PendingErrorScope() { PendingError() = std::move(before_); }
 
@@ -23,7 +24,8 @@ ErrorState CurrentExceptionState() {
   } catch (const std::bad_alloc&) {
     return Error(error_number::kOutOfMemory, kSource, "Out of memory").State();
   } catch (const std::exception& unexpected) {
-    return Error(error_number::kInternalError, kSource, std::string("Internal error: ") + unexpected.what()).State();
+    return Error(error_number::kInternalError, kSource, std::string("Internal error: ") + unexpected.what())
+        .State();
   } catch (...) {
     return Error(error_number::kInternalError, kSource, "Internal error").State();
   }

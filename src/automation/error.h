@@ -68,8 +68,8 @@ class Error : public std::exception {
 // The error that the calling thread's handlers are dealing with; its number is 0 outside any handler.
 [[nodiscard]] ErrorState& PendingError() noexcept;
 
-// Makes an error the pending one for as long as its handler runs, and then gives back the one before, so that a
-// handler that ends, by returning or by raising again, leaves nothing behind.
+// Makes an error the pending one for as long as its handler runs, and then gives back the one before, so that
+// a handler that ends, by returning or by raising again, leaves nothing behind.
 class PendingErrorScope {
  public:
   explicit PendingErrorScope(ErrorState state);
@@ -81,9 +81,9 @@ class PendingErrorScope {
   ErrorState before_;
 };
 
-// The state of the exception being handled. Exceptions of the language itself become error 7 (no memory) or 51
-// (internal error), so that nothing crosses a public method that a caller could not understand.
-// To be called inside a catch block only.
+// The state of the exception being handled. Exceptions of the language itself become error 7 (no memory) or
+// 51 (internal error), so that nothing crosses a public method that a caller could not understand. To be
+// called inside a catch block only.
 [[nodiscard]] ErrorState CurrentExceptionState();
 
 }  // namespace talvex::automation

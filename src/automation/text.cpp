@@ -85,8 +85,8 @@ bool IsUtf8(std::string_view text) noexcept {
 }
 
 std::size_t CharacterCount(std::string_view text) noexcept {
-  return static_cast<std::size_t>(
-      std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));
+  return static_cast<std::size_t>(std::count_if(
+      text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));
 }
 
 std::size_t FoldedHash::operator()(std::string_view text) const noexcept {

@@ -21,9 +21,11 @@ namespace talvex::automation {
 [[nodiscard]] int CompareFolded(std::string_view a, std::string_view b) noexcept;
 [[nodiscard]] bool SameFolded(std::string_view a, std::string_view b) noexcept;
 
-// Whether two codes of the store name the same thing: the tables compare codes without the case of ASCII letters, so
-// everything that compares codes in memory must do so too.
-[[nodiscard]] inline bool SameCode(std::string_view a, std::string_view b) noexcept { return SameFolded(a, b); }
+// Whether two codes of the store name the same thing: the tables compare codes without the case of ASCII
+// letters, so everything that compares codes in memory must do so too.
+[[nodiscard]] inline bool SameCode(std::string_view a, std::string_view b) noexcept {
+  return SameFolded(a, b);
+}
 
 // The text without leading and trailing blanks (U+0020 and nothing else).
 [[nodiscard]] std::string_view Trimmed(std::string_view text) noexcept;
@@ -44,7 +46,9 @@ struct FoldedHash {
 };
 struct FoldedEqual {
   using is_transparent = void;
-  [[nodiscard]] bool operator()(std::string_view a, std::string_view b) const noexcept { return SameFolded(a, b); }
+  [[nodiscard]] bool operator()(std::string_view a, std::string_view b) const noexcept {
+    return SameFolded(a, b);
+  }
 };
 
 }  // namespace talvex::automation

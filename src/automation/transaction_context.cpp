@@ -19,7 +19,7 @@ TransactionContext::TransactionContext(const ClassRegistry& classes) : classes_(
 }
 
 TransactionContext::~TransactionContext() {
-  if (!finished_) Rollback();
+  Rollback();
   current_context = nullptr;
 }
 
@@ -49,7 +49,9 @@ TransactionContext::Resource* TransactionContext::Find(std::string_view key) con
   return nullptr;
 }
 
-void TransactionContext::OnCompletion(std::function<void(bool)> callback) { callbacks_.push_back(std::move(callback)); }
+void TransactionContext::OnCompletion(std::function<void(bool)> callback) {
+  callbacks_.push_back(std::move(callback));
+}
 
 bool TransactionContext::Commit() {
   if (aborted_) {
@@ -67,13 +69,17 @@ bool TransactionContext::Commit() {
 }
 
 void TransactionContext::Rollback() noexcept {
+  aborted_ = true;
   for (const auto& [key, resource] : resources_) resource->Rollback();
   Finish(false);
 }
 
 void TransactionContext::Finish(bool committed) noexcept {
-  finished_ = true;
-  for (const auto& callback : callbacks_) callback(committed);
+  // A callback may register another one, which moves them all.
+  for (std::size_t i = 0; i < callbacks_.size(); ++i) {
+    const auto callback = std::move(callbacks_[i]);
+    callback(committed);
+  }
   callbacks_.clear();
   resources_.clear();
 }

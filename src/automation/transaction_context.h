@@ -12,8 +12,8 @@
 
 namespace talvex::automation {
 
-// What everything that runs under one transaction of the calling thread shares: the votes, the objects that the host
-// offers by name, and the resources (a database session) whose work is kept or undone as one.
+// What everything that runs under one transaction of the calling thread shares: the votes, the objects that
+// the host offers by name, and the resources (a database session) whose work is kept or undone as one.
 //
 // A context is the thread's current one from its construction to its destruction; there is one at most.
 class TransactionContext {
@@ -31,7 +31,7 @@ class TransactionContext {
 
   // Raises 5 when the thread has a context already. `classes` must outlive the context.
   explicit TransactionContext(const ClassRegistry& classes);
-  // Rolls back when neither Commit nor Rollback was called.
+  // Rolls back whatever neither Commit nor Rollback has ended.
   ~TransactionContext();
   TransactionContext(const TransactionContext&) = delete;
   TransactionContext& operator=(const TransactionContext&) = delete;
@@ -40,15 +40,17 @@ class TransactionContext {
   [[nodiscard]] static TransactionContext* Current() noexcept;
 
   // A new object that takes part in the transaction.
-  [[nodiscard]] ObjectRef CreateInstance(std::string_view class_name) const { return classes_.Create(class_name); }
+  [[nodiscard]] ObjectRef CreateInstance(std::string_view class_name) const {
+    return classes_.Create(class_name);
+  }
 
   // The votes. One vote for abort decides, whatever else was voted.
   void SetComplete() noexcept {}
   void SetAbort() noexcept { aborted_ = true; }
-  [[nodiscard]] bool Aborted() const noexcept { return aborted_; }
+  [[nodiscard]] bool Aborted() const noexcept { return aborted_; }  // True after a rollback, too.
 
-  // Somebody else's work stood in the way (a changed row, a deadlock, a busy database): running the whole transaction
-  // again may succeed.
+  // Somebody else's work stood in the way (a changed row, a deadlock, a busy database): running the whole
+  // transaction again may succeed.
   void NoteConflict() noexcept { conflict_ = true; }
   [[nodiscard]] bool HadConflict() const noexcept { return conflict_; }
 
@@ -56,15 +58,17 @@ class TransactionContext {
   void Offer(std::string_view name, ObjectRef object);
   [[nodiscard]] ObjectRef NamedObject(std::string_view name) const;
 
-  // Resources by key. Find gives null when nothing is enlisted under the key.
+  // Resources by key, committed or rolled back in the order of their enlisting. Find gives null when nothing
+  // is enlisted under the key.
   void Enlist(std::string_view key, std::unique_ptr<Resource> resource);
   [[nodiscard]] Resource* Find(std::string_view key) const;
 
   // To be called once the outcome is known, with true when the work was kept. Must not raise.
   void OnCompletion(std::function<void(bool committed)> callback);
 
-  // Ends the transaction, in the votes' sense for Commit: it keeps the work and returns true, or, after a vote for
-  // abort, undoes it and returns false. Raises what a resource raises that cannot keep its work; all is undone then.
+  // Ends the transaction, in the votes' sense for Commit: it keeps the work and returns true, or, after a
+  // vote for abort, undoes it and returns false. Raises what a resource raises that cannot keep its work; all
+  // is undone then.
   bool Commit();
   void Rollback() noexcept;
 
@@ -74,7 +78,6 @@ class TransactionContext {
   const ClassRegistry& classes_;
   bool aborted_ = false;
   bool conflict_ = false;
-  bool finished_ = false;
   std::map<std::string, ObjectRef, std::less<>> named_;
   std::vector<std::pair<std::string, std::unique_ptr<Resource>>> resources_;
   std::vector<std::function<void(bool)>> callbacks_;

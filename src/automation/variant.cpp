@@ -30,8 +30,9 @@ Variant& Array::At(std::int32_t index) { return const_cast<Variant&>(std::as_con
 bool operator==(const Array& a, const Array& b) { return a.lower_ == b.lower_ && a.items_ == b.items_; }
 
 std::string_view KindName(Kind kind) noexcept {
-  static constexpr std::array<std::string_view, 11> kNames = {
-      "Empty", "Null", "Boolean", "Int16", "Int32", "Double", "Currency", "Date", "String", "Array", "Object"};
+  static constexpr std::array<std::string_view, 11> kNames = {"Empty",  "Null",   "Boolean",  "Int16",
+                                                              "Int32",  "Double", "Currency", "Date",
+                                                              "String", "Array",  "Object"};
   return kNames[static_cast<std::size_t>(kind)];
 }
 

@@ -1,6 +1,7 @@
-// The one value type that crosses every late-bound border: between components, to the database, to the gateway.
+// The one value type that crosses every late-bound border: to other components, the database, the gateway.
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -50,7 +51,19 @@ class Array {
 };
 
 // The kinds of value, in the order of the storage below.
-enum class Kind : std::uint8_t { Empty, Null, Boolean, Int16, Int32, Double, Currency, Date, String, Array, Object };
+enum class Kind : std::uint8_t {
+  Empty,
+  Null,
+  Boolean,
+  Int16,
+  Int32,
+  Double,
+  Currency,
+  Date,
+  String,
+  Array,
+  Object
+};
 
 // The name of a kind as people write it: "Empty", "Int32".
 [[nodiscard]] std::string_view KindName(Kind kind) noexcept;
@@ -59,19 +72,18 @@ enum class Kind : std::uint8_t { Empty, Null, Boolean, Int16, Int32, Double, Cur
 class Variant {
  public:
   Variant() noexcept = default;
-  Variant(NullValue) noexcept : storage_(kNull) {}                // NOLINT(google-explicit-constructor)
-  Variant(bool value) noexcept : storage_(value) {}               // NOLINT(google-explicit-constructor)
-  Variant(std::int16_t value) noexcept : storage_(value) {}       // NOLINT(google-explicit-constructor)
-  Variant(std::int32_t value) noexcept : storage_(value) {}       // NOLINT(google-explicit-constructor)
-  Variant(double value) noexcept : storage_(value) {}             // NOLINT(google-explicit-constructor)
-  Variant(Currency value) noexcept : storage_(value) {}           // NOLINT(google-explicit-constructor)
-  Variant(Date value) noexcept : storage_(value) {}               // NOLINT(google-explicit-constructor)
+  Variant(NullValue) noexcept : storage_(kNull) {}                     // NOLINT(google-explicit-constructor)
+  Variant(bool value) noexcept : storage_(value) {}                    // NOLINT(google-explicit-constructor)
+  Variant(std::int16_t value) noexcept : storage_(value) {}            // NOLINT(google-explicit-constructor)
+  Variant(std::int32_t value) noexcept : storage_(value) {}            // NOLINT(google-explicit-constructor)
+  Variant(double value) noexcept : storage_(value) {}                  // NOLINT(google-explicit-constructor)
+  Variant(Currency value) noexcept : storage_(value) {}                // NOLINT(google-explicit-constructor)
+  Variant(Date value) noexcept : storage_(value) {}                    // NOLINT(google-explicit-constructor)
   Variant(std::string value) noexcept : storage_(std::move(value)) {}  // NOLINT(google-explicit-constructor)
   Variant(std::string_view value) : storage_(std::string(value)) {}    // NOLINT(google-explicit-constructor)
   Variant(const char* value) : storage_(std::string(value)) {}         // NOLINT(google-explicit-constructor)
   Variant(Array value) noexcept : storage_(std::move(value)) {}        // NOLINT(google-explicit-constructor)
-  template <class T>
-    requires std::is_base_of_v<Object, T>
+  template <std::derived_from<Object> T>
   Variant(std::shared_ptr<T> value) noexcept  // NOLINT(google-explicit-constructor)
       : storage_(ObjectRef(std::move(value))) {}
 
@@ -96,8 +108,8 @@ class Variant {
   friend bool operator==(const Variant& a, const Variant& b) { return a.storage_ == b.storage_; }
 
  private:
-  std::variant<std::monostate, NullValue, bool, std::int16_t, std::int32_t, double, Currency, Date, std::string, Array,
-               ObjectRef>
+  std::variant<std::monostate, NullValue, bool, std::int16_t, std::int32_t, double, Currency, Date,
+               std::string, Array, ObjectRef>
       storage_;
 };
 
