@@ -1,0 +1,178 @@
+#include "apps/cli/arguments.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdlib>
+#include <memory>
+#include <utility>
+
+#include "apps/cli/commands.h"
+#include "apps/cli/layout.h"
+#include "apps/version.h"
+
+namespace talvex::apps {
+
+namespace {
+
+constexpr const char* kDescription =
+    "Talvex keeps budgets: amounts posted to them, what is available, and their hierarchy.";
+constexpr const char* kFooter =
+    "Exit status: 0 done, 1 the answer is no, 2 the arguments make no sense, 3 failed.\n"
+    "The variable TALVEX_CONFIG names the installation when --config does not.\n"
+    "A value that begins with a minus sign and is no number stands after \"--\".";
+
+struct Globals {
+  std::string directory;
+  std::string now;
+  std::string user;
+  bool json = false;
+};
+
+// Builds the grammar. Options that all commands share are options of each of them as well, so that they may
+// stand on either side of the command's name; the other way, commands looking among the options of the
+// program, would take a budget called "show" for the command.
+class Grammar {
+ public:
+  Grammar() {
+    app_.require_subcommand(0, 1);  // That there is none is told below, in words of our own.
+    app_.set_help_flag("-h,--help", "Print this help and exit");
+    app_.set_version_flag("--version", "talvex " + std::string(kVersion));
+    app_.get_formatter()->column_width(kColumn);
+    app_.footer(kFooter);
+    AddGlobals(app_);
+    AddInit();
+    AddPost();
+    AddShowAndTree();
+    AddVerify();
+    AddDescribe();
+    AddCall();
+    AddRpc();
+  }
+
+  ParsedArguments Parse(int argc, const char* const* argv) {
+    ParsedArguments parsed;
+    try {
+      app_.parse(argc, argv);
+    } catch (const CLI::CallForHelp&) {
+      parsed.help = app_.help();
+      return parsed;
+    } catch (const CLI::CallForVersion&) {
+      parsed.help = app_.version() + "\n";
+      return parsed;
+    } catch (const CLI::ParseError& error) {
+      throw UsageError(Shortened(error.what(), kLongestMessage));
+    }
+    if (!chosen_) throw UsageError("say which command is to be run");
+    parsed.options = Options();
+    parsed.command = std::move(chosen_);
+    return parsed;
+  }
+
+ private:
+  static constexpr std::size_t kColumn = 26;
+  static constexpr std::size_t kLongestMessage = 200;
+
+  void AddGlobals(CLI::App& app) {
+    app.add_option("--config", globals_.directory, "The directory of the installation")->type_name("DIR");
+    app.add_option("--now", globals_.now, "Work as if it were then: 2026-01-05, or 2026-01-05T09:07:03")
+        ->type_name("TIME");
+    app.add_option("--user", globals_.user, "Whose language the titles of amounts are in")->type_name("USER");
+    app.add_flag("--json", globals_.json, "Answer in JSON");
+  }
+
+  // A command with arguments of type Arguments, which live as long as the command can be run.
+  template <class Arguments>
+  std::pair<CLI::App*, std::shared_ptr<Arguments>> Add(const char* name, const char* description,
+                                                       ExitStatus (*run)(Session&, const Arguments&)) {
+    CLI::App* const command = app_.add_subcommand(name, description);
+    AddGlobals(*command);
+    auto arguments = std::make_shared<Arguments>();
+    command->callback([this, arguments, run] {
+      chosen_ = [arguments, run](Session& session) { return run(session, *arguments); };
+    });
+    return {command, arguments};
+  }
+
+  void AddPlain(const char* name, const char* description, ExitStatus (*run)(Session&)) {
+    CLI::App* const command = app_.add_subcommand(name, description);
+    AddGlobals(*command);
+    command->callback([this, run] { chosen_ = run; });
+  }
+
+  void AddInit() {
+    const auto [command, arguments] =
+        Add("init", "Make an installation in an empty or new directory", &RunInit);
+    Positional(*command, "DIR", arguments->directory, "The directory")->required();
+    command->add_flag("--sample", arguments->sample, "With a small sample company");
+  }
+
+  void AddPost() {
+    const auto [command, arguments] =
+        Add("post", "Post an amount to a budget and all budgets above it", &RunPost);
+    Positional(*command, "CODE", arguments->code, "The budget")->required();
+    Positional(*command, "AMOUNT", arguments->amount, "A negative one takes back")->required();
+    Positional(*command, "CURRENCY", arguments->currency, "The currency of the amount")->required();
+    command
+        ->add_option("--type", arguments->type, "Approved, NotYetApproved, send, Closed, Received, or 1 to 5")
+        ->type_name("TYPE")
+        ->required();
+    command->add_option("--date", arguments->date, "The day of the posting, 2026-03-15; today when left out")
+        ->type_name("DAY");
+  }
+
+  void AddShowAndTree() {
+    const auto [show, code] = Add("show", "Show a budget and its lines", &RunShow);
+    Positional(*show, "CODE", *code, "The budget")->required();
+    const auto [tree, top] = Add("tree", "Draw the hierarchy of budgets", &RunTree);
+    Positional(*tree, "CODE", *top, "Only this budget and those below it");
+  }
+
+  void AddVerify() {
+    AddPlain("verify", "Recompute what is available on every line and report what differs", &RunVerify);
+  }
+
+  void AddDescribe() {
+    const auto [command, arguments] =
+        Add("describe", "List the classes, or the members of one", &RunDescribe);
+    auto* const name = Positional(*command, "CLASS", arguments->class_name, "The class");
+    command->add_flag("--markdown", arguments->markdown, "The whole reference as Markdown")->excludes(name);
+  }
+
+  void AddCall() {
+    const auto [command, arguments] = Add("call", "Call a method of a class, in a transaction", &RunCall);
+    Positional(*command, "CLASS", arguments->class_name, "The class")->required();
+    Positional(*command, "METHOD", arguments->method, "The method")->required();
+    Positional(
+        *command, "NAME=VALUE", arguments->values,
+        "Its arguments; null and empty are the values of that name, a value that begins with { or [ is JSON");
+  }
+
+  void AddRpc() { AddPlain("rpc", "Serve JSON-RPC on standard input and output", &RunRpc); }
+
+  template <class Value>
+  static CLI::Option* Positional(CLI::App& command, const char* name, Value& value, const char* description) {
+    return command.add_option(name, value, description)->type_name("")->option_text(" ");
+  }
+
+  [[nodiscard]] GlobalOptions Options() const {
+    GlobalOptions options{globals_.directory, std::nullopt, globals_.user, globals_.json};
+    if (options.directory.empty()) {
+      const char* const variable =
+          std::getenv("TALVEX_CONFIG");  // NOLINT(concurrency-mt-unsafe): one thread.
+      if (variable != nullptr) options.directory = variable;
+    }
+    if (globals_.now.empty()) return options;
+    options.now = automation::Date::Parse(globals_.now);
+    if (options.now) return options;
+    throw UsageError("--now: '" + Shortened(globals_.now) + "' is neither a day nor a moment");
+  }
+
+  CLI::App app_{kDescription, "talvex"};
+  Globals globals_;
+  std::function<ExitStatus(Session&)> chosen_;
+};
+
+}  // namespace
+
+ParsedArguments ParseArguments(int argc, const char* const* argv) { return Grammar().Parse(argc, argv); }
+
+}  // namespace talvex::apps

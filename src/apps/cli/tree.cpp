@@ -1,0 +1,137 @@
+#include <nlohmann/json.hpp>
+
+#include "apps/cli/commands.h"
+#include "apps/cli/hierarchy.h"
+#include "apps/cli/layout.h"
+#include "automation/conversions.h"
+
+namespace talvex::apps {
+
+namespace {
+
+using automation::Variant;
+using Mark = TreeRow::Mark;
+
+// The lines in force on a day, each asked of the ledger once.
+class LinesInForce {
+ public:
+  LinesInForce(Session& session, Connection& connection, automation::Date day)
+      : connection_(connection), ledger_(session.Create("Talvex.BudgetT")), day_(day) {}
+
+  const std::optional<LineRow>& Of(const std::string& code) {
+    const auto known = lines_.find(code);
+    if (known != lines_.end()) return known->second;
+    const Variant id = ledger_->Call("GetBudgetLine", code, day_);
+    return lines_[code] = id.IsNull() ? std::nullopt : ReadLine(connection_, automation::ToInt32(id));
+  }
+
+ private:
+  Connection& connection_;
+  automation::ObjectRef ledger_;
+  automation::Date day_;
+  std::unordered_map<std::string, std::optional<LineRow>, automation::FoldedHash, automation::FoldedEqual>
+      lines_;
+};
+
+Json RowJson(const TreeRow& row, const BudgetRow* budget, const std::optional<LineRow>& line) {
+  const auto text = [](const std::string& value) { return value.empty() ? Json(nullptr) : Json(value); };
+  return {{"budget", row.code},
+          {"parent", text(row.parent)},
+          {"depth", row.depth},
+          {"known", budget != nullptr},
+          {"type", budget == nullptr ? Json(nullptr) : text(TypeName(*budget))},
+          {"currency", budget == nullptr ? Json(nullptr) : text(budget->currency)},
+          {"repeated", row.mark == Mark::Repeated},
+          {"loop", row.mark == Mark::Loop},
+          {"line", line ? LineJson(*line) : Json(nullptr)}};
+}
+
+// The strokes before a code: which of the budgets above it have more to come below them.
+class Strokes {
+ public:
+  explicit Strokes(const Style& style) : style_(style) {}
+
+  std::string Before(const TreeRow& row) {
+    if (row.depth == 0) return {};
+    last_.resize(row.depth);
+    last_.back() = row.last;
+    std::string text;
+    for (std::size_t level = 0; level + 1 < row.depth; ++level) {
+      text.append(last_[level] ? "   " : style_.Choose("│  ", "|  "));
+    }
+    return text.append(row.last ? style_.Choose("└─ ", "`- ") : style_.Choose("├─ ", "|- "));
+  }
+
+ private:
+  const Style& style_;
+  std::vector<bool> last_;  // By level, from the second on.
+};
+
+std::string MarkText(const TreeRow& row, const BudgetRow* budget, bool goes_deeper) {
+  if (row.mark == Mark::Loop) return "a loop: stands above itself";
+  if (row.mark == Mark::Repeated) return "shown above";
+  if (goes_deeper) return "more below: talvex tree " + Printable(row.code);
+  return budget == nullptr ? "not a budget" : std::string();
+}
+
+Table::Row TextRow(std::string head, const BudgetRow* budget, const std::optional<LineRow>& line,
+                   std::string mark, const Style& style) {
+  constexpr std::size_t kBarColumns = 10;
+  Table::Row cells = {{std::move(head)},
+                      {budget == nullptr ? std::string() : TypeName(*budget)},
+                      {budget == nullptr ? std::string() : Printable(budget->currency)}};
+  if (line) {
+    const Colour colour = ColourOf(line->available);
+    cells.push_back(RightCell(AmountText(line->available.amount)));
+    cells.push_back({BarText(line->available, kBarColumns, style), Table::Align::Left, colour});
+    cells.push_back({PercentText(line->available.fraction), Table::Align::Right, colour});
+  } else {
+    cells.push_back({budget == nullptr ? "" : "no line", Table::Align::Right, Colour::Dim});
+    cells.insert(cells.end(), 2, Table::Cell());
+  }
+  cells.push_back({std::move(mark), Table::Align::Left, Colour::Dim});
+  return cells;
+}
+
+void PrintText(const Session& session, const Hierarchy& hierarchy, const std::vector<TreeRow>& rows,
+               LinesInForce& lines, automation::Date day) {
+  // Deeper levels would not fit on any screen.
+  constexpr std::size_t kDeepest = 30;
+  Strokes strokes(session.Look());
+  Table table;
+  table.Add({{"Budget"}, {"Type"}, {"In"}, RightCell("Available")});
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    const TreeRow& row = rows[i];
+    if (row.depth > kDeepest) continue;
+    const bool goes_deeper = i + 1 < rows.size() && rows[i + 1].depth > kDeepest;
+    const BudgetRow* const budget = hierarchy.Budget(row.code);
+    table.Add(TextRow(strokes.Before(row) + Printable(row.code), budget, lines.Of(row.code),
+                      MarkText(row, budget, goes_deeper), session.Look()));
+  }
+  session.Out() << "Budgets and what is available on " << DayText(day) << "\n\n"
+                << table.ToText(session.Look());
+}
+
+}  // namespace
+
+ExitStatus RunTree(Session& session, const std::optional<std::string>& code) {
+  const auto connection = session.Host().Connect();
+  const Hierarchy hierarchy(*connection);
+  if (code && !hierarchy.Knows(*code)) throw Refusal("there is no budget '" + Shortened(*code) + "'");
+  const std::vector<TreeRow> rows = hierarchy.Tree(code);
+  const automation::Date day = session.Now().DayOnly();
+  LinesInForce lines(session, *connection, day);
+  if (session.Options().json) {
+    Json budgets = Json::array();
+    for (const TreeRow& row : rows)
+      budgets.push_back(RowJson(row, hierarchy.Budget(row.code), lines.Of(row.code)));
+    session.Print({{"date", DayText(day)}, {"budgets", std::move(budgets)}});
+  } else if (rows.empty()) {
+    session.Out() << "There are no budgets.\n";
+  } else {
+    PrintText(session, hierarchy, rows, lines, day);
+  }
+  return ExitStatus::Done;
+}
+
+}  // namespace talvex::apps
