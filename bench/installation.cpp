@@ -1,10 +1,10 @@
 #include "installation.h"
 
+#include <unistd.h>
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <unistd.h>
 
 #include "host/installer.h"
 
@@ -25,8 +25,9 @@ void Require(bool done, const char* what, sqlite3* database) {
 
 Installation::Installation() {
   static std::atomic<int> next = 0;
-  directory_ =
-      (fs::temp_directory_path() / ("talvex-bench-" + std::to_string(::getpid()) + "-" + std::to_string(next++))).string();
+  directory_ = (fs::temp_directory_path() /
+                ("talvex-bench-" + std::to_string(::getpid()) + "-" + std::to_string(next++)))
+                   .string();
   host::MakeInstallation(directory_, false);
   host_ = std::make_unique<host::Host>(host::Settings{directory_, automation::Date::Civil(2026, 3, 16, 10)});
 }
@@ -40,7 +41,8 @@ Installation::~Installation() {
 void Installation::Script(const std::string& statements) const {
   sqlite3* database = nullptr;
   Require(sqlite3_open(DatabasePath().c_str(), &database) == SQLITE_OK, "open", database);
-  Require(sqlite3_exec(database, statements.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK, "set up", database);
+  Require(sqlite3_exec(database, statements.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK, "set up",
+          database);
   sqlite3_close(database);
 }
 
@@ -61,8 +63,9 @@ BareDatabase::~BareDatabase() {
 
 sqlite3_stmt* BareDatabase::Prepare(const char* text) {
   sqlite3_stmt* statement = nullptr;
-  Require(sqlite3_prepare_v3(database_, text, -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr) == SQLITE_OK, text,
-          database_);
+  Require(
+      sqlite3_prepare_v3(database_, text, -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr) == SQLITE_OK,
+      text, database_);
   return statement;
 }
 

@@ -10,8 +10,8 @@
 
 namespace talvex::bench {
 
-// Made by the real installer in a temporary directory that vanishes with the object. A benchmark puts the host's
-// environment in place for its own thread.
+// Made by the real installer in a temporary directory that vanishes with the object. A benchmark puts the
+// host's environment in place for its own thread.
 class Installation {
  public:
   Installation();

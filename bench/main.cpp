@@ -1,7 +1,8 @@
 // Runs every benchmark and prints, for each that has a floor beside it, how much dearer it is.
 //
-// "posting/talvex" and "posting/floor" do the same work in the same run, the floor on the bare database API. The figure to
-// hold against a bound is the ratio of their processor times: it says the same on a fast machine and on a slow one.
+// "posting/talvex" and "posting/floor" do the same work in the same run, the floor on the bare database API.
+// The figure to hold against a bound is the ratio of their processor times: it says the same on a fast
+// machine and on a slow one.
 
 #include <benchmark/benchmark.h>
 

@@ -18,8 +18,8 @@ namespace {
 
 constexpr int kPostingsATransaction = 1000;
 
-// Each posting moves the line's percentage by one step of its four decimals, to and fro, so that the warning step and the
-// mail switch are read every time and no mail is ever due.
+// Each posting moves the line's percentage by one step of its four decimals, to and fro, so that the warning
+// step and the mail switch are read every time and no mail is ever due.
 constexpr const char* kCompany =
     "INSERT INTO CURRENCY (CURRENCYCODE, DECIMALS) VALUES ('EUR', 2);"
     "INSERT INTO REQUISITIONPARAMETER (PARAMNAME, PARAMVALUE)"
@@ -50,7 +50,8 @@ void PostWithTalvex(benchmark::State& state, int postings_a_transaction) {
   for (auto _ : state) {
     Company().Host().Transactions().Run([&] {
       for (int i = 0; i < postings_a_transaction; ++i) {
-        if (std::make_shared<BudgetT>()->PostToBudget("LEAF", date, AmountOf(i), "EUR", TalvexType::Approved) != 1) {
+        if (std::make_shared<BudgetT>()->PostToBudget("LEAF", date, AmountOf(i), "EUR",
+                                                      TalvexType::Approved) != 1) {
           std::abort();
         }
       }
@@ -59,19 +60,23 @@ void PostWithTalvex(benchmark::State& state, int postings_a_transaction) {
   state.SetItemsProcessed(state.iterations() * postings_a_transaction);
 }
 
-// The same reads and writes by hand: what a program does that knows all about this one schema and nothing else.
+// The same reads and writes by hand: what a program does that knows all about this one schema and nothing
+// else.
 class HandWrittenPosting {
  public:
   explicit HandWrittenPosting(const std::string& path)
       : database_(path),
         budget_(database_.Prepare("select * from BUDGET where BUDGETCODE=?")),
-        line_(database_.Prepare("select * from BUDGETLINES where BUDGETCODE=? and STARTDATE<=? AND ENDDATE>=?")),
+        line_(database_.Prepare(
+            "select * from BUDGETLINES where BUDGETCODE=? and STARTDATE<=? AND ENDDATE>=?")),
         decimals_(database_.Prepare("SELECT DECIMALS FROM CURRENCY WHERE CURRENCYCODE=?")),
-        warning_(database_.Prepare("SELECT BUDGETWARNING, USERID, CURRENCYCODE FROM BUDGET WHERE BUDGETCODE=?")),
+        warning_(
+            database_.Prepare("SELECT BUDGETWARNING, USERID, CURRENCYCODE FROM BUDGET WHERE BUDGETCODE=?")),
         mail_switch_(database_.Prepare("SELECT PARAMVALUE FROM REQUISITIONPARAMETER WHERE PARAMNAME = "
                                        "'SendEmailToBudgetHolderForBudgetWarning'")),
-        update_(database_.Prepare("UPDATE BUDGETLINES SET USEDAPPROVEDAMNT=?, AVAILABLEAMNT=?, AVAILABLEPERC=? WHERE ID=? "
-                                  "AND USEDAPPROVEDAMNT IS ? AND AVAILABLEAMNT IS ? AND AVAILABLEPERC IS ?")),
+        update_(database_.Prepare(
+            "UPDATE BUDGETLINES SET USEDAPPROVEDAMNT=?, AVAILABLEAMNT=?, AVAILABLEPERC=? WHERE ID=? "
+            "AND USEDAPPROVEDAMNT IS ? AND AVAILABLEAMNT IS ? AND AVAILABLEPERC IS ?")),
         parents_(database_.Prepare("SELECT PARENTBUDGET FROM BUDGETRELATIONS WHERE CHILDBUDGET=?")) {}
 
   void Begin() { database_.Run("BEGIN IMMEDIATE"); }
@@ -103,7 +108,8 @@ class HandWrittenPosting {
   }
   static double RoundTo(double value, double scale) { return std::nearbyint(value * scale) / scale; }
 
-  int PostToLine(const std::string& code, const std::string& date, double amount, const std::string& currency) {
+  int PostToLine(const std::string& code, const std::string& date, double amount,
+                 const std::string& currency) {
     Bind(budget_, 1, code);
     Expect(sqlite3_step(budget_), SQLITE_ROW);
     const std::string budget_currency = Text(budget_, 2);
@@ -179,7 +185,8 @@ void PostByHand(benchmark::State& state, int postings_a_transaction) {
 
 // One transaction for a thousand postings, and a transaction for each.
 BENCHMARK_CAPTURE(PostByHand, posting_1000, kPostingsATransaction)->Name("posting_in_one_transaction/floor");
-BENCHMARK_CAPTURE(PostWithTalvex, posting_1000, kPostingsATransaction)->Name("posting_in_one_transaction/talvex");
+BENCHMARK_CAPTURE(PostWithTalvex, posting_1000, kPostingsATransaction)
+    ->Name("posting_in_one_transaction/talvex");
 BENCHMARK_CAPTURE(PostByHand, posting_1, 1)->Name("posting_with_a_commit_each/floor");
 BENCHMARK_CAPTURE(PostWithTalvex, posting_1, 1)->Name("posting_with_a_commit_each/talvex");
 

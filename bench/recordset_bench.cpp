@@ -29,12 +29,14 @@ constexpr const char* kQuery = "SELECT * FROM BUDGET";
 const Installation& Company() {
   static const auto installation = [] {
     auto made = std::make_unique<Installation>();
-    made->Script(
-        "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < " + std::to_string(kBudgets) +
-        ") INSERT INTO BUDGET (BUDGETCODE, BUDGETTYPE, CURRENCYCODE, OFFICEDESCRIPTION, CHARGETYPECODE, USERID,"
-        " APPROVEINBUDGET, BUDGETWARNING, BUDGETDIMENSION1, BUDGETDIMENSION2, BUDGETDIMENSION3)"
-        " SELECT printf('BUDGET-%06d', i), 1, 'EUR', 'Office number ' || (i % 40), 'CHARGE-' || (i % 200), 'user' || (i % 500),"
-        " i % 2, 12.5, 'Project ' || i, 'Department ' || (i % 90), '' FROM n");
+    made->Script("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < " +
+                 std::to_string(kBudgets) +
+                 ") INSERT INTO BUDGET (BUDGETCODE, BUDGETTYPE, CURRENCYCODE, OFFICEDESCRIPTION, "
+                 "CHARGETYPECODE, USERID,"
+                 " APPROVEINBUDGET, BUDGETWARNING, BUDGETDIMENSION1, BUDGETDIMENSION2, BUDGETDIMENSION3)"
+                 " SELECT printf('BUDGET-%06d', i), 1, 'EUR', 'Office number ' || (i % 40), 'CHARGE-' || (i "
+                 "% 200), 'user' || (i % 500),"
+                 " i % 2, 12.5, 'Project ' || i, 'Department ' || (i % 90), '' FROM n");
     return made;
   }();
   return *installation;
@@ -53,7 +55,8 @@ void ReadThroughRecordset(benchmark::State& state) {
     const auto recordset = OpenAll();
     int rows = 0;
     for (; !recordset->Eof(); recordset->MoveNext(), ++rows) {
-      for (std::size_t column = 0; column < kColumns; ++column) benchmark::DoNotOptimize(recordset->Value(column));
+      for (std::size_t column = 0; column < kColumns; ++column)
+        benchmark::DoNotOptimize(recordset->Value(column));
     }
     if (rows != kBudgets) std::abort();
   }
@@ -76,7 +79,9 @@ struct BudgetRow {
 
 std::string Text(sqlite3_stmt* statement, int column) {
   const auto* const text = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
-  return text == nullptr ? std::string() : std::string(text, static_cast<std::size_t>(sqlite3_column_bytes(statement, column)));
+  return text == nullptr
+             ? std::string()
+             : std::string(text, static_cast<std::size_t>(sqlite3_column_bytes(statement, column)));
 }
 
 void FetchIntoStructs(benchmark::State& state) {
@@ -85,9 +90,10 @@ void FetchIntoStructs(benchmark::State& state) {
   for (auto _ : state) {
     std::vector<BudgetRow> rows;
     while (sqlite3_step(statement) == SQLITE_ROW) {
-      rows.push_back({Text(statement, 0), sqlite3_column_int(statement, 1), Text(statement, 2), Text(statement, 3),
-                      Text(statement, 4), Text(statement, 5), sqlite3_column_int(statement, 6),
-                      sqlite3_column_double(statement, 7), Text(statement, 8), Text(statement, 9), Text(statement, 10)});
+      rows.push_back({Text(statement, 0), sqlite3_column_int(statement, 1), Text(statement, 2),
+                      Text(statement, 3), Text(statement, 4), Text(statement, 5),
+                      sqlite3_column_int(statement, 6), sqlite3_column_double(statement, 7),
+                      Text(statement, 8), Text(statement, 9), Text(statement, 10)});
     }
     sqlite3_reset(statement);
     if (rows.size() != kBudgets) std::abort();

@@ -5,8 +5,8 @@
 
 namespace talvex::component {
 
-// Makes every public class of the component, and every platform object that a caller may want to pass to one, creatable by
-// its name.
+// Makes every public class of the component, and every platform object that a caller may want to pass to one,
+// creatable by its name.
 void RegisterPublicClasses(automation::ClassRegistry& classes);
 
 }  // namespace talvex::component

@@ -21,15 +21,18 @@ bool SameToFourDecimals(double a, double b) {
 
 Verification VerifyLines(const std::shared_ptr<platform::database::Connection>& connection) {
   Verification result;
-  auto lines = Lib_SQL::Sql_GetReadonlyRecordset("SELECT * FROM BUDGETLINES ORDER BY BUDGETCODE, ID", connection);
+  auto lines =
+      Lib_SQL::Sql_GetReadonlyRecordset("SELECT * FROM BUDGETLINES ORDER BY BUDGETCODE, ID", connection);
   for (; !lines->Eof(); lines->MoveNext()) {
     ++result.lines;
     const Availability expected = AvailabilityOf(ReadLineAmounts(*lines));
     const Availability stored = {Gen_NullToDouble(lines->Value("AVAILABLEAMNT")),
                                  Gen_NullToDouble(lines->Value("AVAILABLEPERC"))};
-    if (SameToFourDecimals(stored.amount, expected.amount) && SameToFourDecimals(stored.fraction, expected.fraction)) continue;
-    result.drifts.push_back({Gen_NullToString(lines->Value("BUDGETCODE")), automation::ToInt32(lines->Value("ID")), stored,
-                             expected});
+    if (SameToFourDecimals(stored.amount, expected.amount) &&
+        SameToFourDecimals(stored.fraction, expected.fraction))
+      continue;
+    result.drifts.push_back({Gen_NullToString(lines->Value("BUDGETCODE")),
+                             automation::ToInt32(lines->Value("ID")), stored, expected});
   }
   Lib_SQL::CloseRecordset(lines);
   return result;

@@ -24,8 +24,8 @@ struct Verification {
   std::vector<LineDrift> drifts;  // Ordered by budget code and line number.
 };
 
-// Recomputes what is available on every budget line and compares it with what is stored, both to four decimals. Only
-// reads. `connection` stays open.
+// Recomputes what is available on every budget line and compares it with what is stored, both to four
+// decimals. Only reads. `connection` stays open.
 [[nodiscard]] Verification VerifyLines(const std::shared_ptr<platform::database::Connection>& connection);
 
 }  // namespace talvex::component

@@ -34,7 +34,7 @@ std::shared_ptr<const platform::Environment> Compose(const Settings& settings,
   environment->xml = std::make_shared<adapters::libxml2::XmlEngine>();
   environment->sessions = std::make_shared<platform::database::SessionPool>();
   environment->sessions->AddDriver("SQLite", std::make_shared<adapters::sqlite::SqliteDriver>(
-                                                [clock = environment->clock] { return clock->Now(); }));
+                                                 [clock = environment->clock] { return clock->Now(); }));
   environment->stack_left = &adapters::posix::StackLeft;
   return environment;
 }

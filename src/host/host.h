@@ -17,15 +17,17 @@ struct Settings {
   std::optional<automation::Date> now;  // Fixes the clock, GETDATE() of the embedded database included.
 };
 
-// One installation, ready to work: its environment with the component's classes, the suite's services and the drivers,
-// and transactions with the shared texts. Nothing is opened before a call needs it.
+// One installation, ready to work: its environment with the component's classes, the suite's services and the
+// drivers, and transactions with the shared texts. Nothing is opened before a call needs it.
 class Host {
  public:
   // Raises 53 when the directory is no installation.
   explicit Host(const Settings& settings);
 
   // To be made the process's (Environment::SetForProcess) or a thread's own (Environment::ForThread).
-  [[nodiscard]] const std::shared_ptr<const platform::Environment>& Environment() const noexcept { return environment_; }
+  [[nodiscard]] const std::shared_ptr<const platform::Environment>& Environment() const noexcept {
+    return environment_;
+  }
   [[nodiscard]] const TransactionHost& Transactions() const noexcept { return *transactions_; }
   // An open connection to the installation's database, for reading beside the component.
   [[nodiscard]] std::shared_ptr<platform::database::Connection> Connect() const;

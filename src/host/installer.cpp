@@ -43,8 +43,8 @@ std::vector<std::string_view> Cells(std::string_view line) {
   return cells;
 }
 
-// The statements that fill the table of texts from the table of labels: a head line with the locale ids, then a line for
-// each label with its text in each locale.
+// The statements that fill the table of texts from the table of labels: a head line with the locale ids, then
+// a line for each label with its text in each locale.
 std::string LabelScript(std::string_view table) {
   using platform::database::TextLiteral;
   std::string script;
@@ -68,8 +68,8 @@ std::string DatabaseScript(bool with_sample) {
 
 void Fill(const std::string& directory, bool with_sample) {
   adapters::posix::SystemFiles files;
-  for (const auto* folder : {"talvex/XSL", "talvex/XLT", "talvex/XSD", "talvex/exportedbudgets", "talvex/errorlog", "log",
-                             "outbox"}) {
+  for (const auto* folder : {"talvex/XSL", "talvex/XLT", "talvex/XSD", "talvex/exportedbudgets",
+                             "talvex/errorlog", "log", "outbox"}) {
     files.MakeFolder(directory + "/" + folder);
   }
   files.WriteNew(directory + "/siteconfiguration.xml", FileContent("config/siteconfiguration.xml"));
@@ -94,7 +94,8 @@ void MakeInstallation(const std::string& directory, bool with_sample) {
   std::error_code status;
   const bool was_there = std::filesystem::exists(directory, status);
   if (was_there && !std::filesystem::is_empty(directory, status)) {
-    throw Error(automation::error_number::kFileAlreadyExists, "Talvex.Host", "The directory " + directory + " is in use");
+    throw Error(automation::error_number::kFileAlreadyExists, "Talvex.Host",
+                "The directory " + directory + " is in use");
   }
   try {
     Fill(directory, with_sample);

@@ -19,12 +19,13 @@ class TransactionHost {
   // A transaction that the caller ends itself, for one whose work does not come as a function.
   [[nodiscard]] std::unique_ptr<automation::TransactionContext> Begin() const;
 
-  // Runs the body in a transaction. It is kept when the body returns and nobody voted abort; a vote for abort undoes it
-  // and gives Aborted; an error out of the body, or one in keeping the work, undoes it and is raised again.
+  // Runs the body in a transaction. It is kept when the body returns and nobody voted abort; a vote for abort
+  // undoes it and gives Aborted; an error out of the body, or one in keeping the work, undoes it and is
+  // raised again.
   Outcome Run(const std::function<void()>& body) const;
 
-  // Run, repeated while somebody else's work stood in the way (a changed row, a deadlock, a busy database), at most
-  // `attempts` times; anything else ends it as it ends Run.
+  // Run, repeated while somebody else's work stood in the way (a changed row, a deadlock, a busy database),
+  // at most `attempts` times; anything else ends it as it ends Run.
   Outcome RunWithRetry(const std::function<void()>& body, int attempts) const;
 
  private:

@@ -31,7 +31,8 @@ void BudgetT::SetBudgetAvailable(RecordsetRef& iRS) {
   Reads("Talvex.BudgetT.SetBudgetAvailable", [&] {
     constexpr double kPercent = 100;
     if (iRS == nullptr) {
-      throw automation::Error(automation::error_number::kObjectNotSet, "Talvex.BudgetT", "Object not set: the record set");
+      throw automation::Error(automation::error_number::kObjectNotSet, "Talvex.BudgetT",
+                              "Object not set: the record set");
     }
     const double fraction_before = Lib_General::Gen_NullToDouble(iRS->Value("AVAILABLEPERC"));
     const Availability available = AvailabilityOf(ReadLineAmounts(*iRS));

@@ -18,8 +18,9 @@ struct Availability {
   double fraction = 0;  // Of the budget amount: 0.25 means that a quarter is left.
 };
 
-// Every state of a requisition counts as used. The fraction is 0 for a line that grants nothing; it is rounded to four
-// decimals, half to even, and held within -999.9999 and 999.9999, which is what the column takes.
+// Every state of a requisition counts as used. The fraction is 0 for a line that grants nothing; it is
+// rounded to four decimals, half to even, and held within -999.9999 and 999.9999, which is what the column
+// takes.
 [[nodiscard]] Availability AvailabilityOf(const LineAmounts& line);
 
 }  // namespace talvex

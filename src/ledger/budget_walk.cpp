@@ -11,7 +11,8 @@ namespace {
 constexpr std::size_t kStackReserve = 256UL * 1024;
 
 [[noreturn]] void RaiseOutOfStack(const std::string& why) {
-  throw automation::Error(automation::error_number::kOutOfStackSpace, "Talvex.BudgetT", "Out of stack space: " + why);
+  throw automation::Error(automation::error_number::kOutOfStackSpace, "Talvex.BudgetT",
+                          "Out of stack space: " + why);
 }
 
 }  // namespace

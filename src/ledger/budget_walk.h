@@ -9,12 +9,12 @@
 
 namespace talvex {
 
-// Remembers which budgets a walk has been to. A budget reachable along several paths is dealt with once, and its
-// ancestors are walked once; a budget that comes up again on its own path is a loop.
+// Remembers which budgets a walk has been to. A budget reachable along several paths is dealt with once, and
+// its ancestors are walked once; a budget that comes up again on its own path is a loop.
 class BudgetWalk {
  public:
-  // Whether the budget is new. False for one whose ancestors were walked whole already. Raises error 28 for a loop, and
-  // when the thread is about to run out of stack.
+  // Whether the budget is new. False for one whose ancestors were walked whole already. Raises error 28 for a
+  // loop, and when the thread is about to run out of stack.
   [[nodiscard]] bool Enter(const std::string& code);
   // The budget's ancestors are walked whole.
   void Leave(const std::string& code);

@@ -9,7 +9,9 @@ namespace talvex {
 
 // The amounts of the current row of a BUDGETLINES record set; Null counts as 0.
 [[nodiscard]] inline LineAmounts ReadLineAmounts(const platform::database::Recordset& line) {
-  const auto amount = [&](std::string_view column) { return Lib_General::Gen_NullToDouble(line.Value(column)); };
+  const auto amount = [&](std::string_view column) {
+    return Lib_General::Gen_NullToDouble(line.Value(column));
+  };
   return {amount("BUDGETAMNT"),          amount("USEDAPPROVEDAMNT"), amount("USEDSENDAMNT"),
           amount("USEDNOTAPPROVEDAMNT"), amount("USEDRECEIVEDAMNT"), amount("USEDCLOSEDAMNT")};
 }

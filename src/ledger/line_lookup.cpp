@@ -16,9 +16,10 @@ Variant BudgetT::GetBudgetLine(const std::string& iBudgetCode, automation::Date&
     if (automation::Trimmed(iBudgetCode).empty()) return automation::kNull;
     const auto connection = Lib_General::getConnection();
     const std::string date = DateLiteral(iDate);
-    auto lines = connection->Execute("SELECT ID FROM BUDGETLINES WHERE BUDGETCODE=" + TextLiteral(iBudgetCode) +
-                                         " and STARTDATE<=" + date + " AND (ENDDATE>=" + date + " OR ENDDATE IS NULL)",
-                                     nullptr, platform::database::kOptionsUnspecified);
+    auto lines =
+        connection->Execute("SELECT ID FROM BUDGETLINES WHERE BUDGETCODE=" + TextLiteral(iBudgetCode) +
+                                " and STARTDATE<=" + date + " AND (ENDDATE>=" + date + " OR ENDDATE IS NULL)",
+                            nullptr, platform::database::kOptionsUnspecified);
     const Variant line_id = lines->Eof() ? Variant(automation::kNull) : lines->Value("ID");
     Lib_SQL::CloseRecordset(lines);
     return line_id;

@@ -13,9 +13,9 @@ namespace talvex {
 
 using automation::Date;
 using automation::Error;
+using Lib_General::gen_getComponent;
 using Lib_General::Gen_NullToDouble;
 using Lib_General::Gen_NullToString;
-using Lib_General::gen_getComponent;
 using Lib_General::getConnection;
 using platform::database::CursorLocation;
 using platform::database::CursorType;
@@ -41,11 +41,16 @@ constexpr std::int32_t kNoLine = -1;
 // The running total that a requisition state moves.
 std::string_view TotalColumn(TalvexType type) {
   switch (type) {
-    case TalvexType::Approved: return "USEDAPPROVEDAMNT";
-    case TalvexType::NotYetApproved: return "USEDNOTAPPROVEDAMNT";
-    case TalvexType::send: return "USEDSENDAMNT";
-    case TalvexType::Closed: return "USEDCLOSEDAMNT";
-    case TalvexType::Received: return "USEDRECEIVEDAMNT";
+    case TalvexType::Approved:
+      return "USEDAPPROVEDAMNT";
+    case TalvexType::NotYetApproved:
+      return "USEDNOTAPPROVEDAMNT";
+    case TalvexType::send:
+      return "USEDSENDAMNT";
+    case TalvexType::Closed:
+      return "USEDCLOSEDAMNT";
+    case TalvexType::Received:
+      return "USEDRECEIVEDAMNT";
   }
   throw Error(static_cast<std::int32_t>(TalvexErrors::BudgetTypeNotFound), "Talvex.PostToBudgetStructure",
               "Unknow budget type");
@@ -57,12 +62,14 @@ std::shared_ptr<Recordset> NewRecordset() {
   return recordset;
 }
 
-// The codes of the parents, read whole before the walk goes on, so that no connection is held open along the path.
+// The codes of the parents, read whole before the walk goes on, so that no connection is held open along the
+// path.
 std::vector<std::string> ReadParents(const std::string& code) {
   const auto connection = getConnection();
   const auto parents = connection->Execute(ParentsOf(code), nullptr, platform::database::kOptionsUnspecified);
   std::vector<std::string> codes;
-  for (; !parents->Eof(); parents->MoveNext()) codes.push_back(Gen_NullToString(parents->Value("PARENTBUDGET")));
+  for (; !parents->Eof(); parents->MoveNext())
+    codes.push_back(Gen_NullToString(parents->Value("PARENTBUDGET")));
   return codes;
 }
 
@@ -76,7 +83,8 @@ std::int32_t BudgetT::PostToBudget(const std::string& iBudgetCode, Date iDate, d
   });
 }
 
-std::int32_t BudgetT::PostToBudgetStructure(const std::string& code, const Posting& posting, BudgetWalk& walk) {
+std::int32_t BudgetT::PostToBudgetStructure(const std::string& code, const Posting& posting,
+                                            BudgetWalk& walk) {
   return Handled("Talvex.BudgetT.PostToBudgetStructure", [&] {
     if (!walk.Enter(code)) return kNoLine;
     const bool blank = automation::Trimmed(code).empty();
@@ -95,7 +103,8 @@ void BudgetT::ParentPost(const std::string& code, const Posting& posting, Budget
 
 std::int32_t BudgetT::PostToLine(const std::string& code, const Posting& posting) {
   auto connection = getConnection();
-  auto budget = Lib_SQL::Sql_GetReadonlyRecordset("select * from BUDGET where BUDGETCODE=" + TextLiteral(code), connection);
+  auto budget = Lib_SQL::Sql_GetReadonlyRecordset(
+      "select * from BUDGET where BUDGETCODE=" + TextLiteral(code), connection);
   const std::string date = DateLiteral(posting.date);
   // A line without an end date takes no postings: no " OR ENDDATE IS NULL" here, unlike in the checks.
   auto line = NewRecordset();
@@ -127,14 +136,15 @@ void BudgetT::AddToTotal(const std::string& code, const Posting& posting, const 
                 "Budget '" + code + "' has lines but does not exist");
   }
   const double before = Gen_NullToDouble(line->Value(total));
-  line->SetValue(total, before + ConvertToBudgetCurrency(currency, posting.currency_code, budget, posting.amount,
-                                                         posting.date));
+  line->SetValue(total, before + ConvertToBudgetCurrency(currency, posting.currency_code, budget,
+                                                         posting.amount, posting.date));
 }
 
 double BudgetT::ConvertToBudgetCurrency(const CurrencyConverter& currency, const std::string& currency_code,
                                         const RecordsetRef& budget, double amount, Date date) {
   const std::string target = Gen_NullToString(budget->Value("CURRENCYCODE"));
-  const auto converted = currency.Convert(currency_code, target, automation::Currency::FromDouble(amount), date);
+  const auto converted =
+      currency.Convert(currency_code, target, automation::Currency::FromDouble(amount), date);
   // Rounded to the decimals of the currency posted in, not of the budget's own.
   return automation::Round(converted.ToDouble(), currency.Decimals(currency_code));
 }
@@ -143,15 +153,16 @@ std::int16_t BudgetT::RepostAllBudgets() {
   return Writes("Talvex.BudgetT.RepostAllBudgets", [&] {
     const auto connection = getConnection();
     auto lines = NewRecordset();
-    // The date stands in its plain text form, unquoted: the database reads a quotient, and every line that has an end
-    // date passes.
+    // The date stands in its plain text form, unquoted: the database reads a quotient, and every line that
+    // has an end date passes.
     const std::string today = platform::Environment::Current().clock->Now().DayOnly().ToText();
-    lines->Open("select * from BUDGETLINES where ENDDATE>=" + today, connection, CursorType::Dynamic, LockType::Optimistic,
-                kOptionsText);
+    lines->Open("select * from BUDGETLINES where ENDDATE>=" + today, connection, CursorType::Dynamic,
+                LockType::Optimistic, kOptionsText);
     std::int32_t count = 0;
     for (; !lines->Eof(); lines->MoveNext()) {
       // Closed amounts survive a reset.
-      for (const auto* total : {"USEDAPPROVEDAMNT", "USEDNOTAPPROVEDAMNT", "USEDSENDAMNT", "USEDRECEIVEDAMNT"}) {
+      for (const auto* total :
+           {"USEDAPPROVEDAMNT", "USEDNOTAPPROVEDAMNT", "USEDSENDAMNT", "USEDRECEIVEDAMNT"}) {
         lines->SetValue(total, 0.0);
       }
       SetBudgetAvailable(lines);

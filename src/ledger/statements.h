@@ -10,7 +10,8 @@ namespace talvex {
 
 // The parents of a budget, one level up.
 [[nodiscard]] inline std::string ParentsOf(std::string_view code) {
-  return "SELECT PARENTBUDGET FROM BUDGETRELATIONS WHERE CHILDBUDGET=" + platform::database::TextLiteral(code);
+  return "SELECT PARENTBUDGET FROM BUDGETRELATIONS WHERE CHILDBUDGET=" +
+         platform::database::TextLiteral(code);
 }
 
 }  // namespace talvex

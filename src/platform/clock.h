@@ -5,7 +5,8 @@
 
 namespace talvex::platform {
 
-// "Today" and "now" of everything: postings, validity of rules, file names, and GETDATE() of the embedded database.
+// "Today" and "now" of everything: postings, validity of rules, file names, and GETDATE() of the embedded
+// database.
 class Clock {
  public:
   virtual ~Clock() = default;

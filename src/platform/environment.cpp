@@ -21,7 +21,8 @@ std::shared_ptr<const Environment>& OfThread() {
 const Environment& Environment::Current() {
   if (const Environment* own = OfThread().get()) return *own;
   if (const Environment* shared = OfProcess().get()) return *shared;
-  throw automation::Error(automation::error_number::kObjectNotSet, "Talvex.Platform", "Object not set: no environment");
+  throw automation::Error(automation::error_number::kObjectNotSet, "Talvex.Platform",
+                          "Object not set: no environment");
 }
 
 void Environment::SetForProcess(std::shared_ptr<const Environment> environment) {

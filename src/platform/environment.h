@@ -16,8 +16,8 @@ namespace database {
 class SessionPool;
 }
 
-// The one place through which the component reaches the world. The composition root sets it once for the process; a test
-// may put another in its place for its own thread.
+// The one place through which the component reaches the world. The composition root sets it once for the
+// process; a test may put another in its place for its own thread.
 struct Environment {
   std::shared_ptr<automation::ClassRegistry> classes;
   std::shared_ptr<const Clock> clock;

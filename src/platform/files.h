@@ -7,8 +7,8 @@
 
 namespace talvex::platform {
 
-// Paths are UTF-8; "\" and "/" both separate. Failures raise 53 (no such file), 58 (the name is taken) or 75 (access),
-// naming the path and the system's reason.
+// Paths are UTF-8; "\" and "/" both separate. Failures raise 53 (no such file), 58 (the name is taken) or 75
+// (access), naming the path and the system's reason.
 class Files {
  public:
   virtual ~Files() = default;
@@ -16,13 +16,15 @@ class Files {
   [[nodiscard]] virtual bool Exists(const std::string& path) const = 0;
   [[nodiscard]] virtual std::string Read(const std::string& path) const = 0;
 
-  // Something that changes whenever the file's content does (its size and times); nothing when there is no such file.
+  // Something that changes whenever the file's content does (its size and times); nothing when there is no
+  // such file.
   [[nodiscard]] virtual std::optional<std::string> Version(const std::string& path) const = 0;
 
   // Writes a new file that appears under its name only when it is whole; a name that is taken raises 58.
   virtual void WriteNew(const std::string& path, std::string_view content) = 0;
 
-  // Adds to the end in one write, so that lines of several writers do not mix; makes the file when it is missing.
+  // Adds to the end in one write, so that lines of several writers do not mix; makes the file when it is
+  // missing.
   virtual void Append(const std::string& path, std::string_view content) = 0;
 
   // Gives a file another name in the same folder; a name that is taken raises 58.

@@ -17,11 +17,14 @@ automation::ObjectRef ObjectIn(const Variant& value) {
 
 Service::Service(automation::ObjectRef object) : object_(std::move(object)) {
   if (object_ == nullptr) {
-    throw automation::Error(automation::error_number::kObjectNotSet, "Talvex.Platform", "Object not set: a suite service");
+    throw automation::Error(automation::error_number::kObjectNotSet, "Talvex.Platform",
+                            "Object not set: a suite service");
   }
 }
 
-void Configuration::SelectApplication(std::string_view name) const { Get().Call("SelectApplication", name, 0); }
+void Configuration::SelectApplication(std::string_view name) const {
+  Get().Call("SelectApplication", name, 0);
+}
 
 std::string Configuration::Value(std::string_view section, std::string_view key) const {
   return automation::ToText(Get().Call("Value", section, key));
@@ -60,9 +63,12 @@ void SuiteUser::SendMail(std::string_view from, std::string_view to, std::string
   Get().Call("SendMail", from, to, subject, body);
 }
 
-void MembershipUser::Initialise(std::string_view configuration_file) const { Get().Call("Initialise", configuration_file); }
+void MembershipUser::Initialise(std::string_view configuration_file) const {
+  Get().Call("Initialise", configuration_file);
+}
 
-void MembershipUser::Open(std::string_view user, std::string_view script_user, std::string_view script_code) const {
+void MembershipUser::Open(std::string_view user, std::string_view script_user,
+                          std::string_view script_code) const {
   Get().Call("Open", user, script_user, script_code);
 }
 

@@ -1,5 +1,5 @@
-// The suite's own services, as the component calls them: created by class name, called by member name. The names of
-// their members stand here and nowhere else in the component.
+// The suite's own services, as the component calls them: created by class name, called by member name. The
+// names of their members stand here and nowhere else in the component.
 #pragma once
 
 #include <cstdint>
@@ -58,9 +58,10 @@ class Log : public Service {
 class CurrencyConverter : public Service {
  public:
   using Service::Service;
-  // The amount in the target currency, at the rates of the date. An unknown currency is an error that names it.
-  [[nodiscard]] automation::Currency Convert(std::string_view source, std::string_view target, automation::Currency amount,
-                                             automation::Date date) const;
+  // The amount in the target currency, at the rates of the date. An unknown currency is an error that names
+  // it.
+  [[nodiscard]] automation::Currency Convert(std::string_view source, std::string_view target,
+                                             automation::Currency amount, automation::Date date) const;
   [[nodiscard]] std::int32_t Decimals(std::string_view code) const;
 };
 
@@ -69,7 +70,8 @@ class SuiteUser : public Service {
  public:
   using Service::Service;
   // Both users by their id.
-  void SendMail(std::string_view from, std::string_view to, std::string_view subject, std::string_view body) const;
+  void SendMail(std::string_view from, std::string_view to, std::string_view subject,
+                std::string_view body) const;
 };
 
 // One user of the membership directory.

@@ -15,8 +15,8 @@
 
 namespace talvex {
 
-// Runs `body`; when it fails, runs `on_failure` with the error pending, which closes what the body left open and gives
-// the information text, and then logs and raises the error under the method's name (Err_Raise).
+// Runs `body`; when it fails, runs `on_failure` with the error pending, which closes what the body left open
+// and gives the information text, and then logs and raises the error under the method's name (Err_Raise).
 template <class Body, class OnFailure>
 auto Handled(std::string_view method, Body&& body, OnFailure&& on_failure) -> std::invoke_result_t<Body> {
   try {
@@ -35,7 +35,8 @@ auto Handled(std::string_view method, Body&& body) -> std::invoke_result_t<Body>
   return Handled(method, std::forward<Body>(body), [] { return Lib_ErrorHandling::Information(); });
 }
 
-// For public methods that only read: a failure votes abort all the same, since the caller's work rests on the answer.
+// For public methods that only read: a failure votes abort all the same, since the caller's work rests on the
+// answer.
 template <class Body>
 auto Reads(std::string_view method, Body&& body) -> std::invoke_result_t<Body> {
   return Handled(method, std::forward<Body>(body), [] {

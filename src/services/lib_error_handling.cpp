@@ -22,7 +22,8 @@ constexpr std::string_view kLineBreak = "\r\n";
 
 std::string Hexadecimal(std::int32_t number) {
   std::array<char, 8> digits{};
-  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), static_cast<std::uint32_t>(number), 16).ptr;
+  const auto end =
+      std::to_chars(digits.data(), digits.data() + digits.size(), static_cast<std::uint32_t>(number), 16).ptr;
   return automation::Raised({digits.data(), end});
 }
 
@@ -80,8 +81,9 @@ std::string Err_FormatMessage(std::string_view description, std::int32_t number,
 
 ErrorRecord Err_Capture(std::string_view method, const Information& information) {
   const ErrorState& pending = PendingError();
-  return {pending.number, pending.source, Err_FormatMessage(pending.description, pending.number, method, information),
-          pending.help_file, pending.help_context};
+  return {pending.number, pending.source,
+          Err_FormatMessage(pending.description, pending.number, method, information), pending.help_file,
+          pending.help_context};
 }
 
 void Err_Log(std::int32_t& level, std::string_view method, const Information& information) {
@@ -129,9 +131,9 @@ void Err_AppendLine(std::string& text, std::string_view first, std::string_view 
 }
 
 void Err_MapDatabaseError(const automation::Variant& conn) {
-  constexpr std::int32_t kDuplicateKey = -2147216504;         // Object-error base + 5000.
-  constexpr std::int32_t kNullNotAllowed = -2147216503;       // + 5001
-  constexpr std::int32_t kUsedByAccountingRule = -2147216494;  // + 5010
+  constexpr std::int32_t kDuplicateKey = -2147216504;           // Object-error base + 5000.
+  constexpr std::int32_t kNullNotAllowed = -2147216503;         // + 5001
+  constexpr std::int32_t kUsedByAccountingRule = -2147216494;   // + 5010
   constexpr std::int32_t kUsedByRequisitionLine = -2147216493;  // + 5011
   const auto connection = ConnectionIn(conn);
   if (connection == nullptr) return;
@@ -139,10 +141,16 @@ void Err_MapDatabaseError(const automation::Variant& conn) {
   if (errors->Count() == 0) return;
 
   ErrorState& pending = PendingError();
-  const auto names = [&](std::string_view constraint) { return pending.description.find(constraint) != std::string::npos; };
+  const auto names = [&](std::string_view constraint) {
+    return pending.description.find(constraint) != std::string::npos;
+  };
   switch (ErrorAt(*errors, 0)->NativeError) {
-    case 2627: pending.number = kDuplicateKey; break;
-    case 515: pending.number = kNullNotAllowed; break;
+    case 2627:
+      pending.number = kDuplicateKey;
+      break;
+    case 515:
+      pending.number = kNullNotAllowed;
+      break;
     case 547:
       if (names("FK_ACCOUNTINGRULE_LEDGERACCOUNT")) {
         pending.number = kUsedByAccountingRule;
@@ -150,7 +158,8 @@ void Err_MapDatabaseError(const automation::Variant& conn) {
         pending.number = kUsedByRequisitionLine;
       }
       break;
-    default: break;
+    default:
+      break;
   }
 }
 

@@ -1,4 +1,5 @@
-// Capturing, formatting, logging and raising errors: the one way in which every method of the component fails.
+// Capturing, formatting, logging and raising errors: the one way in which every method of the component
+// fails.
 #pragma once
 
 #include <cstdint>
@@ -27,33 +28,36 @@ using Information = std::optional<automation::Variant>;
 //    METHOD: <method> CRLF
 //    DESC: <description>. CRLF
 //    INFO: <information>. CRLF     (only with an information value)
-[[nodiscard]] std::string Err_FormatMessage(std::string_view description, std::int32_t number, std::string_view method,
-                                            const Information& information);
+[[nodiscard]] std::string Err_FormatMessage(std::string_view description, std::int32_t number,
+                                            std::string_view method, const Information& information);
 
 // The pending error as a record.
 [[nodiscard]] ErrorRecord Err_Capture(std::string_view method, const Information& information);
 
-// Writes one entry for the pending error to the suite log, its text formatted around the description as it stands. With
-// no error pending, the entry says "Not an actual error", and a log that cannot be created is passed over in silence.
-// While the thread is busy with the log already, nothing happens. When the log fails on a real error, that failure is
-// raised, and its description ends with the text of the error that was to be logged.
+// Writes one entry for the pending error to the suite log, its text formatted around the description as it
+// stands. With no error pending, the entry says "Not an actual error", and a log that cannot be created is
+// passed over in silence. While the thread is busy with the log already, nothing happens. When the log fails
+// on a real error, that failure is raised, and its description ends with the text of the error that was to be
+// logged.
 void Err_Log(std::int32_t& level, std::string_view method, const Information& information);
 
-// What every handler ends in: logs the pending error with level 0 and raises it again, its description now the error text
-// around the old one, so that the outermost caller reads the whole chain of calls. Returns, having logged, when no error
-// is pending.
+// What every handler ends in: logs the pending error with level 0 and raises it again, its description now
+// the error text around the old one, so that the outermost caller reads the whole chain of calls. Returns,
+// having logged, when no error is pending.
 void Err_Raise(std::string_view method, const Information& information = std::nullopt);
 
-// The errors that a connection's database reported, as one text: "Error(s) from connection object:  (1)<description>
+// The errors that a connection's database reported, as one text: "Error(s) from connection object:
+// (1)<description>
 // [<number>] (2)..."; the empty text when `conn` is empty, not a connection, or has no errors.
 [[nodiscard]] std::string Err_ConnectionErrors(const automation::Variant& conn);
 
 // Appends a line break, `first`, "-" and `second`.
 void Err_AppendLine(std::string& text, std::string_view first, std::string_view second);
 
-// Gives the pending error the number by which callers tell a duplicate key (-2147216504), a missing value (-2147216503)
-// and a ledger account still used by an accounting rule (-2147216494) or a requisition line (-2147216493), judged by the
-// first error of the connection. Anything else leaves the pending error as it is.
+// Gives the pending error the number by which callers tell a duplicate key (-2147216504), a missing value
+// (-2147216503) and a ledger account still used by an accounting rule (-2147216494) or a requisition line
+// (-2147216493), judged by the first error of the connection. Anything else leaves the pending error as it
+// is.
 void Err_MapDatabaseError(const automation::Variant& conn);
 
 }  // namespace talvex::Lib_ErrorHandling

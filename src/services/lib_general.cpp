@@ -22,12 +22,14 @@ automation::ObjectRef gen_getComponent(std::string_view prog_id) {
         return platform::Environment::Current().classes->Create(prog_id);
       },
       [&] {
-        return Lib_ErrorHandling::Information("Failed to create a component with PROGID '" + std::string(prog_id) + "'");
+        return Lib_ErrorHandling::Information("Failed to create a component with PROGID '" +
+                                              std::string(prog_id) + "'");
       });
 }
 
 std::string Gen_GetConnectionString() {
-  const platform::suite::Configuration configuration(gen_getComponent(platform::suite::class_name::kConfiguration));
+  const platform::suite::Configuration configuration(
+      gen_getComponent(platform::suite::class_name::kConfiguration));
   configuration.SelectApplication("Vantor");
   return configuration.Value("CONNECTIONS", "VantorConnection_ConnectionString");
 }
@@ -36,11 +38,13 @@ std::shared_ptr<Connection> getConnection() {
   // A change of the configured string reaches a thread only when the thread is new.
   thread_local std::string cached_connection_string;
   return Handled("Quorrin.RequisitionUtilities.getConnection", [&] {
-    if (automation::Trimmed(cached_connection_string).empty()) cached_connection_string = Gen_GetConnectionString();
+    if (automation::Trimmed(cached_connection_string).empty())
+      cached_connection_string = Gen_GetConnectionString();
     auto connection = std::make_shared<Connection>();
     connection->IsolationLevel = platform::database::kIsolationReadCommitted;
     connection->Open(cached_connection_string, "", "", platform::database::kOptionsUnspecified);
-    connection->Execute("set TRANSACTION ISOLATION LEVEL READ COMMITTED", nullptr, platform::database::kOptionsUnspecified);
+    connection->Execute("set TRANSACTION ISOLATION LEVEL READ COMMITTED", nullptr,
+                        platform::database::kOptionsUnspecified);
     return connection;
   });
 }
@@ -62,7 +66,9 @@ void Gen_CloseConnection(std::shared_ptr<Connection>& conn) {
   }
 }
 
-std::string Gen_NullToString(const Variant& value) { return value.IsNull() ? std::string() : automation::ToText(value); }
+std::string Gen_NullToString(const Variant& value) {
+  return value.IsNull() ? std::string() : automation::ToText(value);
+}
 
 double Gen_NullToDouble(const Variant& value) { return value.IsNull() ? 0 : automation::ToDouble(value); }
 

@@ -18,23 +18,26 @@ using platform::database::ObjectState;
 
 namespace {
 
-std::shared_ptr<Recordset> OpenAtClient(const std::string& sql, const Variant& connection, CursorType cursor_type,
-                                        LockType lock_type) {
+std::shared_ptr<Recordset> OpenAtClient(const std::string& sql, const Variant& connection,
+                                        CursorType cursor_type, LockType lock_type) {
   auto recordset = std::make_shared<Recordset>();
   recordset->CursorLocation = static_cast<std::int32_t>(CursorLocation::Client);
   recordset->Open(sql, connection, cursor_type, lock_type, kOptionsText);
   return recordset;
 }
 
-Lib_ErrorHandling::Information ExecutingInformation(const std::shared_ptr<Connection>& connection, const std::string& sql) {
-  const std::string errors = connection == nullptr ? std::string() : Lib_ErrorHandling::Err_ConnectionErrors(connection);
+Lib_ErrorHandling::Information ExecutingInformation(const std::shared_ptr<Connection>& connection,
+                                                    const std::string& sql) {
+  const std::string errors =
+      connection == nullptr ? std::string() : Lib_ErrorHandling::Err_ConnectionErrors(connection);
   return errors + " executing: '" + sql + "'";
 }
 
 // The caller's connection, or one that is opened for the call and closed when the call fails or asks for it.
 class ConnectionForCall {
  public:
-  explicit ConnectionForCall(const std::shared_ptr<Connection>& given) : connection_(given), own_(given == nullptr) {}
+  explicit ConnectionForCall(const std::shared_ptr<Connection>& given)
+      : connection_(given), own_(given == nullptr) {}
 
   const std::shared_ptr<Connection>& Get() {
     if (connection_ == nullptr) {
@@ -107,11 +110,13 @@ std::shared_ptr<Recordset> Sql_GetDisconnectedRecordset(const std::string& sql,
       });
 }
 
-std::shared_ptr<Recordset> Sql_GetReadonlyRecordset(const std::string& sql, const std::shared_ptr<Connection>& connection) {
+std::shared_ptr<Recordset> Sql_GetReadonlyRecordset(const std::string& sql,
+                                                    const std::shared_ptr<Connection>& connection) {
   return OpenConnected("Lib_SQL.Sql_GetReadonlyRecordset", sql, connection, LockType::ReadOnly);
 }
 
-std::shared_ptr<Recordset> SQL_GetWritableRecordset(const std::string& sql, const std::shared_ptr<Connection>& connection,
+std::shared_ptr<Recordset> SQL_GetWritableRecordset(const std::string& sql,
+                                                    const std::shared_ptr<Connection>& connection,
                                                     LockType lock_type) {
   ConnectionForCall used(connection);
   return Handled(
@@ -129,11 +134,13 @@ std::shared_ptr<Recordset> SQL_GetWritableRecordset(const std::string& sql, cons
 }
 
 std::shared_ptr<Recordset> Sql_GetUpdateableRecordset(const std::string& sql,
-                                                      const std::shared_ptr<Connection>& connection, LockType lock_type) {
+                                                      const std::shared_ptr<Connection>& connection,
+                                                      LockType lock_type) {
   return OpenConnected("Lib_SQL.Sql_GetUpdateableRecordset", sql, connection, lock_type);
 }
 
-std::shared_ptr<Dictionary> Sql_GetRecordsAsDictionary(const std::string& sql, const std::string& connection_string) {
+std::shared_ptr<Dictionary> Sql_GetRecordsAsDictionary(const std::string& sql,
+                                                       const std::string& connection_string) {
   std::shared_ptr<Recordset> recordset;
   return Handled(
       "Lib_SQL.Sql_GetRecordsAsDictionary. SQL: '" + sql + "'",

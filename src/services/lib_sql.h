@@ -1,5 +1,5 @@
-// The small, fixed set of ways in which the component runs SQL. All record sets are kept at the client. Every failure is
-// raised with the provider errors of the connection and the statement in its information text.
+// The small, fixed set of ways in which the component runs SQL. All record sets are kept at the client. Every
+// failure is raised with the provider errors of the connection and the statement in its information text.
 #pragma once
 
 #include <memory>
@@ -18,37 +18,37 @@ using platform::database::Recordset;
 // Runs a statement on a connection of its own and closes that at once: for statements that return no rows.
 std::shared_ptr<Recordset> Sql_ExecuteSQL(const std::string& sql);
 
-// The rows of a query, read-only and detached. Without a connection one of its own is opened and closed; a connection
-// given stays open.
-[[nodiscard]] std::shared_ptr<Recordset> Sql_GetDisconnectedRecordset(const std::string& sql,
-                                                                      const std::shared_ptr<Connection>& connection);
+// The rows of a query, read-only and detached. Without a connection one of its own is opened and closed; a
+// connection given stays open.
+[[nodiscard]] std::shared_ptr<Recordset> Sql_GetDisconnectedRecordset(
+    const std::string& sql, const std::shared_ptr<Connection>& connection);
 
 // The rows of a query, read-only, on the caller's connection.
-[[nodiscard]] std::shared_ptr<Recordset> Sql_GetReadonlyRecordset(const std::string& sql,
-                                                                  const std::shared_ptr<Connection>& connection);
+[[nodiscard]] std::shared_ptr<Recordset> Sql_GetReadonlyRecordset(
+    const std::string& sql, const std::shared_ptr<Connection>& connection);
 
 // The rows of a query, detached, to be changed and written later through a connection of the caller's.
-[[nodiscard]] std::shared_ptr<Recordset> SQL_GetWritableRecordset(const std::string& sql,
-                                                                  const std::shared_ptr<Connection>& connection,
-                                                                  LockType lock_type);
+[[nodiscard]] std::shared_ptr<Recordset> SQL_GetWritableRecordset(
+    const std::string& sql, const std::shared_ptr<Connection>& connection, LockType lock_type);
 
 // The rows of a query, to be changed and written on the caller's connection.
-[[nodiscard]] std::shared_ptr<Recordset> Sql_GetUpdateableRecordset(const std::string& sql,
-                                                                    const std::shared_ptr<Connection>& connection,
-                                                                    LockType lock_type);
+[[nodiscard]] std::shared_ptr<Recordset> Sql_GetUpdateableRecordset(
+    const std::string& sql, const std::shared_ptr<Connection>& connection, LockType lock_type);
 
-// First column to second column of a query's rows, read on a connection of its own. A key that comes twice fails the call.
-[[nodiscard]] std::shared_ptr<automation::Dictionary> Sql_GetRecordsAsDictionary(const std::string& sql,
-                                                                                 const std::string& connection_string);
+// First column to second column of a query's rows, read on a connection of its own. A key that comes twice
+// fails the call.
+[[nodiscard]] std::shared_ptr<automation::Dictionary> Sql_GetRecordsAsDictionary(
+    const std::string& sql, const std::string& connection_string);
 
-// Key column to value column of a query's rows. Closes the caller's connection and votes: complete, or abort on failure.
+// Key column to value column of a query's rows. Closes the caller's connection and votes: complete, or abort
+// on failure.
 [[nodiscard]] std::shared_ptr<automation::Dictionary> Sql_getRecords(std::shared_ptr<Connection>& connection,
                                                                      const std::string& sql,
                                                                      const std::string& key_column,
                                                                      const std::string& value_column);
 
-// Closes a record set, its pending edit abandoned, and releases the reference. An empty or closed one is only released.
-// Inside a handler the pending error survives, whatever happens here.
+// Closes a record set, its pending edit abandoned, and releases the reference. An empty or closed one is only
+// released. Inside a handler the pending error survives, whatever happens here.
 void CloseRecordset(std::shared_ptr<Recordset>& recordset);
 
 // Closes a record set and its connection, and releases the reference. Has no handler.

@@ -36,17 +36,19 @@ std::int16_t LocaleOf(const std::string& user) {
 }
 
 std::string TextFromTable(const std::string& user, std::int16_t locale_id, const std::string& label) {
-  auto texts = Lib_SQL::Sql_GetDisconnectedRecordset("Select * From I18NTEXT Where LOCALEID=" + NumberLiteral(locale_id) +
-                                                         " AND LABEL= " + TextLiteral(label),
-                                                     nullptr);
-  std::string text = texts->Eof() ? "Label or Locale not known for user:" + user + " locale: " +
-                                        std::to_string(locale_id) + " Message Code: " + label
+  auto texts = Lib_SQL::Sql_GetDisconnectedRecordset(
+      "Select * From I18NTEXT Where LOCALEID=" + NumberLiteral(locale_id) +
+          " AND LABEL= " + TextLiteral(label),
+      nullptr);
+  std::string text = texts->Eof() ? "Label or Locale not known for user:" + user +
+                                        " locale: " + std::to_string(locale_id) + " Message Code: " + label
                                   : Gen_NullToString(texts->Value("Text"));
   Lib_SQL::CloseRecordset(texts);
   return text;
 }
 
-std::string TextFromHost(const TransactionContext& context, std::int16_t locale_id, const std::string& label) {
+std::string TextFromHost(const TransactionContext& context, std::int16_t locale_id,
+                         const std::string& label) {
   const automation::ObjectRef application = context.NamedObject("Application");
   return platform::suite::MessageManager::Of(*application).GetText(label, std::to_string(locale_id));
 }
@@ -58,7 +60,8 @@ std::string Gen_GetI18N(const std::string& user, const std::string& label) {
     if (automation::Trimmed(label).empty()) return std::string();
     const std::int16_t locale_id = LocaleOf(user);
     const auto* const context = TransactionContext::Current();
-    return context == nullptr ? TextFromTable(user, locale_id, label) : TextFromHost(*context, locale_id, label);
+    return context == nullptr ? TextFromTable(user, locale_id, label)
+                              : TextFromHost(*context, locale_id, label);
   });
 }
 

@@ -24,7 +24,7 @@ def environment(**changes):
 
 
 def run(*arguments, **changes):
-    """Runs the program; the result has stdout and stderr as texts. Changes are variables of its environment."""
+    """Runs the program; the result has stdout and stderr as texts. Changes are of its environment."""
     return subprocess.run([PROGRAM, *arguments], env=environment(**changes), encoding="utf-8", check=False,
                           stdin=subprocess.DEVNULL, capture_output=True, timeout=120)
 

@@ -28,7 +28,8 @@ class Show(SampleTest):
         budget = self.ask("show", "OPS-LYON")
         self.assertEqual(list(budget), ["budget", "type", "currency", "office", "chargeType", "holder",
                                         "approvalRequired", "warningStep", "lines"])
-        self.assertEqual((budget["type"], budget["holder"], budget["warningStep"]), ("standard", "h.moreau", 25))
+        self.assertEqual((budget["type"], budget["holder"], budget["warningStep"]),
+                         ("standard", "h.moreau", 25))
         line, = budget["lines"]
         self.assertEqual((line["budget"], line["start"], line["end"]), ("OPS-LYON", "2026-01-01", None))
         self.assertEqual((line["amount"], line["approved"], line["availableFraction"]), (30000, None, 1))
@@ -43,7 +44,8 @@ class Show(SampleTest):
         self.assertIn("-1.00  " + 20 * "╳" + "  0.00%\n", self.talvex("show", "IT-CLOUD").stdout)
 
     def test_a_bar_is_full_or_empty_only_when_the_line_is(self):
-        for fraction, bar in ((0.0001, "▏" + 19 * "░"), (0.9999, 19 * "█" + "▉"), (0, 20 * "░"), (1.5, 20 * "█")):
+        for fraction, bar in ((0.0001, "▏" + 19 * "░"), (0.9999, 19 * "█" + "▉"),
+                              (0, 20 * "░"), (1.5, 20 * "█")):
             with self.subTest(fraction=fraction):
                 self.sql("UPDATE BUDGETLINES SET AVAILABLEPERC = ? WHERE ID = 3", fraction)
                 self.assertIn(f"  {bar}  ", self.talvex("show", "IT-CLOUD").stdout)
@@ -98,7 +100,8 @@ class Tree(SampleTest):
 
     def test_draws_the_part_below_a_budget(self):
         rows = self.drawn("staff")
-        self.assertEqual([row.split(" standard")[0] for row in rows[1:]], ["├─ IT-TRAINING", "└─ STAFF-TRAVEL"])
+        self.assertEqual([row.split(" standard")[0] for row in rows[1:]],
+                         ["├─ IT-TRAINING", "└─ STAFF-TRAVEL"])
         self.assertNotIn("shown above", "".join(rows))
 
     def test_shows_the_line_of_the_day(self):
@@ -143,7 +146,8 @@ class Tree(SampleTest):
         self.assertTrue(rows[-1].endswith("more below: talvex tree C00030"), rows[-1])
 
     def test_says_no_for_an_unknown_budget(self):
-        self.assertIn("talvex: there is no budget 'NOWHERE'", self.talvex("tree", "NOWHERE", status=NO).stderr)
+        self.assertIn("talvex: there is no budget 'NOWHERE'",
+                      self.talvex("tree", "NOWHERE", status=NO).stderr)
 
 
 class Describe(unittest.TestCase):
@@ -193,7 +197,8 @@ class Call(SampleTest):
 
     def test_posts_in_a_transaction(self):
         def post(kind, amount, status):
-            return self.talvex("call", "Talvex.BudgetT", "PostToBudget", "iBudgetCode=IT-HW-AMS", "iDate=2026-03-16",
+            return self.talvex("call", "Talvex.BudgetT", "PostToBudget",
+                               "iBudgetCode=IT-HW-AMS", "iDate=2026-03-16",
                                f"iAmount={amount}", "iCurrencyCode=EUR", f"iBudgetType={kind}", status=status)
 
         self.assertEqual(post("approved", "1,200.5", DONE).stdout, "Result: 5\n")
@@ -218,7 +223,8 @@ class Call(SampleTest):
                       "empty", '{"$dictionary": [["a", 1]]}', "予算"):
             with self.subTest(value=value):
                 self.assertEqual(
-                    self.talvex("call", "Platform.Dictionary", "Add", "key=k", f"item={value}").stdout, "Done.\n")
+                    self.talvex("call", "Platform.Dictionary", "Add", "key=k", f"item={value}").stdout,
+                    "Done.\n")
         malformed = self.talvex("call", "Platform.Dictionary", "Add", "key=k", "item={1", status=USAGE)
         self.assertIn("item: '{1' is not a JSON value", malformed.stderr)
 
@@ -239,7 +245,8 @@ class Call(SampleTest):
         for arguments, message in ((("Talvex.Nothing", "Do"), "(error 429)"),
                                    (("Talvex.BudgetT", "Nothing"), "(error 438)"),
                                    (("Talvex.BudgetT", "PostToBudget", "iBudgetCode=IT"), "(error 449)"),
-                                   (("Talvex.BudgetT", "GetBudgetLine", "iBudgetCode=null", "iDate=2026-01-01"),
+                                   (("Talvex.BudgetT", "GetBudgetLine",
+                                      "iBudgetCode=null", "iDate=2026-01-01"),
                                     "(error 94)")):
             with self.subTest(arguments=arguments):
                 self.assertIn(message, self.talvex("call", *arguments, status=FAILED).stderr.splitlines()[0])
@@ -256,13 +263,15 @@ class Rpc(SampleTest):
 class Demo(unittest.TestCase):
     def test_the_demonstration_comes_to_its_end(self):
         with tempfile.TemporaryDirectory() as folder:
-            ran = subprocess.run([SOURCE_DIR / "tools" / "demo"], encoding="utf-8", capture_output=True, timeout=120,
+            ran = subprocess.run([SOURCE_DIR / "tools" / "demo"], encoding="utf-8",
+                                 capture_output=True, timeout=120,
                                  check=False, stdin=subprocess.DEVNULL,
-                                 env=environment(TALVEX=PROGRAM, TALVEX_SAMPLE=os.path.join(folder, "sample")))
+                                 env=environment(TALVEX=PROGRAM,
+                                                 TALVEX_SAMPLE=os.path.join(folder, "sample")))
         self.assertEqual((ran.returncode, ran.stderr), (DONE, ""))
         self.assertIn("  Subject: Budgetoverzicht, Budget: IT-HW-AMS-5\n", ran.stdout)
         self.assertIn("  Subject: Budget summary, Budget: COMPANY-1\n", ran.stdout)
-        self.assertIn("talvex: The currency 'XXX'", ran.stdout)
+        self.assertIn("talvex: The currency 'CHF'", ran.stdout)
         self.assertIn("\n29 lines, all right\n", ran.stdout)
 
 

@@ -40,8 +40,8 @@ const bool registered = [] {
   for (const auto& path : paths) {
     const std::string suite = "Scenario_" + NameOf(path.stem().string());
     for (const Scenario& scenario : ReadScenarios(path.string())) {
-      testing::RegisterTest(suite.c_str(), NameOf(scenario.title).c_str(), nullptr, nullptr, __FILE__, __LINE__,
-                            [scenario]() -> testing::Test* { return new ScenarioTest(scenario); });
+      testing::RegisterTest(suite.c_str(), NameOf(scenario.title).c_str(), nullptr, nullptr, __FILE__,
+                            __LINE__, [scenario]() -> testing::Test* { return new ScenarioTest(scenario); });
     }
   }
   return true;

@@ -26,7 +26,9 @@ class RecordedInstallation {
 
   [[nodiscard]] const TestInstallation& Site() const noexcept { return installation_; }
   [[nodiscard]] DatabaseScript& Script() noexcept { return driver_->Script(); }
-  [[nodiscard]] const adapters::sqlite::StatementCounters& Counters() const noexcept { return sqlite_->Counters(); }
+  [[nodiscard]] const adapters::sqlite::StatementCounters& Counters() const noexcept {
+    return sqlite_->Counters();
+  }
   [[nodiscard]] platform::Environment& Environment() noexcept { return *environment_; }
 
  private:

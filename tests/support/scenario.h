@@ -1,7 +1,7 @@
 // Scenarios: scripts that set up an installation, call the component, and say what must come of it.
 //
-// A file holds scenarios, each begun by a line "scenario TITLE". A command stands at the beginning of its line; what is
-// expected of it stands in the indented lines below it. "#" begins a comment line.
+// A file holds scenarios, each begun by a line "scenario TITLE". A command stands at the beginning of its
+// line; what is expected of it stands in the indented lines below it. "#" begins a comment line.
 //
 //   now 2026-03-15T10:00:00                 the clock, instead of 2026-03-16T10:00:00; first in its scenario
 //   user ID LOCALE                          a user of the suite, with the address ID@example.com
@@ -16,9 +16,10 @@
 //     -> VALUE                              its result
 //     -> error NUMBER                       or the error that it raises,
 //     source TEXT                           with that source,
-//     description TEXT                      and these lines of description (line ends as "\r\n" are shown as line breaks)
-//   rows QUERY                              the rows of a query, one a line, cells joined by " | "; no line for no row
-//   mails COUNT                             how many mails the outbox holds,
+//     description TEXT                      and these lines of description (line ends as "\r\n" are shown as
+//     line breaks)
+//   rows QUERY                              the rows of a query, one a line, cells joined by " | "; no line
+//   for no row mails COUNT                             how many mails the outbox holds,
 //     TEXT                                  and the last one: To, Subject and the body's lines
 //   log COUNT                               how many entries the error log holds
 //   snapshot | unchanged                    remembers every row of every table | compares

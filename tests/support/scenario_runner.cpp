@@ -75,7 +75,8 @@ std::string Joined(const std::vector<std::string>& lines) {
   return text;
 }
 
-// The text with its line ends as line breaks, blanks at line ends left out, for comparing with a script's lines.
+// The text with its line ends as line breaks, blanks at line ends left out, for comparing with a script's
+// lines.
 std::string AsLines(const std::string& text) {
   std::string lines;
   std::istringstream stream(text);
@@ -94,7 +95,8 @@ class Runner {
   void Run() {
     std::size_t next = 0;
     std::string now = "2026-03-16T10:00:00";
-    if (!scenario_.commands.empty() && scenario_.commands[0].verb == "now") now = scenario_.commands[next++].rest;
+    if (!scenario_.commands.empty() && scenario_.commands[0].verb == "now")
+      now = scenario_.commands[next++].rest;
     installation_.emplace(false, now);
     for (; next < scenario_.commands.size(); ++next) Execute(scenario_.commands[next]);
     if (transaction_ != nullptr) ADD_FAILURE() << "the scenario leaves a transaction open";
@@ -105,12 +107,14 @@ class Runner {
 
   void Execute(const ScenarioCommand& command) {
     static const std::map<std::string, Verb> kVerbs = {
-        {"user", &Runner::User},         {"currency", &Runner::CurrencyRow}, {"budget", &Runner::Budget},
-        {"line", &Runner::Line},         {"under", &Runner::Under},          {"warnings", &Runner::Warnings},
-        {"sql", &Runner::Sql},           {"begin", &Runner::Begin},          {"end", &Runner::End},
-        {"rollback", &Runner::Rollback}, {"call", &Runner::Call},            {"rows", &Runner::Rows},
-        {"mails", &Runner::Mails},       {"log", &Runner::Log},              {"snapshot", &Runner::Snapshot},
-        {"unchanged", &Runner::Unchanged}};
+        {"user", &Runner::User},         {"currency", &Runner::CurrencyRow},
+        {"budget", &Runner::Budget},     {"line", &Runner::Line},
+        {"under", &Runner::Under},       {"warnings", &Runner::Warnings},
+        {"sql", &Runner::Sql},           {"begin", &Runner::Begin},
+        {"end", &Runner::End},           {"rollback", &Runner::Rollback},
+        {"call", &Runner::Call},         {"rows", &Runner::Rows},
+        {"mails", &Runner::Mails},       {"log", &Runner::Log},
+        {"snapshot", &Runner::Snapshot}, {"unchanged", &Runner::Unchanged}};
     const std::string where = scenario_.file + ":" + std::to_string(command.line);
     SCOPED_TRACE(where);
     const auto verb = kVerbs.find(command.verb);
@@ -156,8 +160,9 @@ class Runner {
     const auto words = Words(command.rest);
     Insert("CURRENCY", {{"CURRENCYCODE", TextLiteral(words.at(0))}, {"DECIMALS", words.at(1)}});
     if (words.size() < 3) return;
-    Insert("EXCHANGERATE",
-           {{"CURRENCYCODE", TextLiteral(words[0])}, {"VALIDFROM", IsoLiteral("2020-01-01")}, {"RATE", words[2]}});
+    Insert("EXCHANGERATE", {{"CURRENCYCODE", TextLiteral(words[0])},
+                            {"VALIDFROM", IsoLiteral("2020-01-01")},
+                            {"RATE", words[2]}});
   }
 
   void Budget(const ScenarioCommand& command) {
@@ -187,7 +192,8 @@ class Runner {
   void Under(const ScenarioCommand& command) {
     const auto words = Words(command.rest);
     for (std::size_t i = 1; i < words.size(); ++i) {
-      Insert("BUDGETRELATIONS", {{"PARENTBUDGET", TextLiteral(words[0])}, {"CHILDBUDGET", TextLiteral(words[i])}});
+      Insert("BUDGETRELATIONS",
+             {{"PARENTBUDGET", TextLiteral(words[0])}, {"CHILDBUDGET", TextLiteral(words[i])}});
     }
   }
 
@@ -198,7 +204,9 @@ class Runner {
 
   void Sql(const ScenarioCommand& command) { installation_->Sql(command.rest); }
 
-  void Begin(const ScenarioCommand& /*command*/) { transaction_ = installation_->Host().Transactions().Begin(); }
+  void Begin(const ScenarioCommand& /*command*/) {
+    transaction_ = installation_->Host().Transactions().Begin();
+  }
 
   void End(const ScenarioCommand& command) {
     const bool committed = transaction_->Commit();
@@ -219,7 +227,8 @@ class Runner {
     std::vector<Variant*> arguments;
     for (Variant& value : values) arguments.push_back(&value);
 
-    if (command.expected.empty()) throw std::runtime_error("a call must say what it expects: -> VALUE or -> error NUMBER");
+    if (command.expected.empty())
+      throw std::runtime_error("a call must say what it expects: -> VALUE or -> error NUMBER");
     const auto object = platform::Environment::Current().classes->Create(words.at(0));
     std::optional<automation::ErrorState> error;
     Variant result;
@@ -262,7 +271,8 @@ class Runner {
     EXPECT_EQ(std::to_string(mails.size()), command.rest);
     if (command.expected.empty() || mails.empty()) return;
     const Mail& last = mails.back();
-    EXPECT_EQ(AsLines("To: " + last.to + "\nSubject: " + last.subject + "\n" + last.body), Joined(command.expected));
+    EXPECT_EQ(AsLines("To: " + last.to + "\nSubject: " + last.subject + "\n" + last.body),
+              Joined(command.expected));
   }
 
   void Log(const ScenarioCommand& command) {

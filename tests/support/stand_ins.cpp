@@ -18,7 +18,8 @@ void RecordingLog::WriteError(const std::string& source, const std::string& text
 
 void RecordingUser::Initialise(const std::string& path) { recorder_->calls.push_back("Initialise " + path); }
 
-void RecordingUser::Open(const std::string& user, const std::string& script_user, const std::string& script_code) {
+void RecordingUser::Open(const std::string& user, const std::string& script_user,
+                         const std::string& script_code) {
   FailWhenAsked(*recorder_, "Open");
   user_ = user;
   recorder_->calls.push_back("Open " + user + " " + script_user + " " + script_code);

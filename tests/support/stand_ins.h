@@ -32,7 +32,8 @@ class RecordingLog final : public automation::Object {
  public:
   explicit RecordingLog(std::shared_ptr<Recorder> recorder) : recorder_(std::move(recorder)) {}
   TALVEX_METHOD(void, WriteError,
-                (const std::string& source, const std::string& text, std::int32_t& level, const automation::Variant& extra),
+                (const std::string& source, const std::string& text, std::int32_t& level,
+                 const automation::Variant& extra),
                 "Keeps an entry.");
 
  private:
@@ -46,7 +47,8 @@ class RecordingUser final : public automation::Object {
  public:
   explicit RecordingUser(std::shared_ptr<Recorder> recorder) : recorder_(std::move(recorder)) {}
   TALVEX_METHOD(void, Initialise, (const std::string& path), "Keeps the path.");
-  TALVEX_METHOD(void, Open, (const std::string& user, const std::string& script_user, const std::string& script_code),
+  TALVEX_METHOD(void, Open,
+                (const std::string& user, const std::string& script_user, const std::string& script_code),
                 "Keeps the arguments.");
   TALVEX_READONLY(std::int16_t, LocaleId, "LocaleId", "The user's locale.");
 

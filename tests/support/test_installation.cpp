@@ -1,5 +1,6 @@
 #include "support/test_installation.h"
 
+#include <unistd.h>
 #include <algorithm>
 #include <atomic>
 #include <exception>
@@ -9,7 +10,6 @@
 #include <sstream>
 #include <stdexcept>
 #include <thread>
-#include <unistd.h>
 
 #include "automation/conversions.h"
 #include "host/installer.h"
@@ -24,9 +24,10 @@ using automation::Variant;
 
 namespace {
 
-constexpr const char* kTables[] = {"BUDGET",       "BUDGETLINES",          "BUDGETRELATIONS", "BUDGETDIMENSIONTYPE",
-                                   "CHARGETYPES",  "CHARGELINES",          "REQUISITIONPARAMETER", "I18NTEXT",
-                                   "SUITEUSER",    "SUITEOFFICE",          "CURRENCY",        "EXCHANGERATE"};
+constexpr const char* kTables[] = {
+    "BUDGET",      "BUDGETLINES",          "BUDGETRELATIONS", "BUDGETDIMENSIONTYPE", "CHARGETYPES",
+    "CHARGELINES", "REQUISITIONPARAMETER", "I18NTEXT",        "SUITEUSER",           "SUITEOFFICE",
+    "CURRENCY",    "EXCHANGERATE"};
 
 // What python's email package, a reader that shares no code with the writer, makes of a mail.
 constexpr const char* kMailReader =
@@ -81,7 +82,8 @@ TemporaryDirectory::~TemporaryDirectory() {
 
 TestInstallation::TestInstallation(bool with_sample, const std::string& now) {
   host::MakeInstallation(directory_.Path() + "/site", with_sample);
-  host_ = std::make_unique<host::Host>(host::Settings{directory_.Path() + "/site", automation::Date::Parse(now)});
+  host_ =
+      std::make_unique<host::Host>(host::Settings{directory_.Path() + "/site", automation::Date::Parse(now)});
   environment_ = std::make_unique<platform::Environment::ForThread>(host_->Environment());
 }
 
@@ -94,7 +96,8 @@ std::vector<std::string> TestInstallation::Rows(const std::string& query) const 
   std::vector<std::string> texts;
   for (; !rows->Eof(); rows->MoveNext()) {
     std::string text;
-    for (std::size_t i = 0; i < rows->ColumnCount(); ++i) text += (i == 0 ? "" : " | ") + Shown(rows->Value(i));
+    for (std::size_t i = 0; i < rows->ColumnCount(); ++i)
+      text += (i == 0 ? "" : " | ") + Shown(rows->Value(i));
     texts.push_back(std::move(text));
   }
   return texts;
@@ -131,16 +134,21 @@ std::vector<std::string> TestInstallation::LogLines() const {
 
 std::string Shown(const Variant& value) {
   switch (value.Type()) {
-    case Kind::Empty: return "empty";
-    case Kind::Null: return "null";
+    case Kind::Empty:
+      return "empty";
+    case Kind::Null:
+      return "null";
     case Kind::Date: {
       const std::string iso = value.As<automation::Date>().ToIso();
       return iso.ends_with("T00:00:00") ? iso.substr(0, 10) : iso;
     }
-    case Kind::String: return value.As<std::string>().empty() ? "\"\"" : value.As<std::string>();
+    case Kind::String:
+      return value.As<std::string>().empty() ? "\"\"" : value.As<std::string>();
     case Kind::Array:
-    case Kind::Object: return "<" + std::string(KindName(value.Type())) + ">";
-    default: return automation::ToText(value);
+    case Kind::Object:
+      return "<" + std::string(KindName(value.Type())) + ">";
+    default:
+      return automation::ToText(value);
   }
 }
 

@@ -11,7 +11,8 @@
 
 namespace talvex::test {
 
-// Runs the body on a thread of its own, as the component's caches live as long as their thread, and raises what it raises.
+// Runs the body on a thread of its own, as the component's caches live as long as their thread, and raises
+// what it raises.
 void OnOwnThread(const std::function<void()>& body);
 
 // A directory that vanishes with the object.
@@ -35,18 +36,22 @@ struct Mail {
   std::string body;     // Decoded, line ends as sent.
 };
 
-// The clock stands still at the moment given. The environment is the calling thread's for as long as the object lives.
+// The clock stands still at the moment given. The environment is the calling thread's for as long as the
+// object lives.
 class TestInstallation {
  public:
   explicit TestInstallation(bool with_sample = false, const std::string& now = "2026-03-16T10:00:00");
 
   [[nodiscard]] const host::Host& Host() const noexcept { return *host_; }
-  [[nodiscard]] std::string Path(const std::string& name) const { return directory_.Path() + "/site/" + name; }
+  [[nodiscard]] std::string Path(const std::string& name) const {
+    return directory_.Path() + "/site/" + name;
+  }
   [[nodiscard]] std::string DatabasePath() const { return Path("talvex.db"); }
 
   // Runs one statement beside the component; inside a transaction of the thread, as part of it.
   void Sql(const std::string& statement) const;
-  // The rows of a query as texts, the cells joined by " | ": Null as "null", a date as "2026-03-15", an empty text as "".
+  // The rows of a query as texts, the cells joined by " | ": Null as "null", a date as "2026-03-15", an empty
+  // text as "".
   [[nodiscard]] std::vector<std::string> Rows(const std::string& query) const;
   // Every row of every table, as one text.
   [[nodiscard]] std::string Snapshot() const;

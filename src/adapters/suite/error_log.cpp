@@ -8,7 +8,7 @@
 namespace talvex::adapters::suite {
 
 void ErrorLog::WriteError(const std::string& source, const std::string& text, automation::Variant& level,
-                          std::optional<automation::Variant> /*extra*/) {
+                          const std::optional<automation::Variant>& /*extra*/) {
   const platform::Environment& environment = platform::Environment::Current();
   const nlohmann::ordered_json entry = {{"time", environment.clock->Now().ToIso()},
                                         {"level", automation::ToInt32(level)},

@@ -22,7 +22,7 @@ class ErrorLog final : public automation::Object {
   TALVEX_METHOD(
       void, WriteError,
       (const std::string& source, const std::string& text, automation::Variant& level,
-       std::optional<automation::Variant> extra),
+       const std::optional<automation::Variant>& extra),
       "Adds one entry in one write; bytes that are not UTF-8 become replacement characters. The level is a "
       "number and stays as it is; the fourth value is not kept. A log that cannot be written raises 75.");
 

@@ -21,8 +21,8 @@ class JsonError : public std::runtime_error {
 // recursion, and nobody's text may decide how much stack that takes.
 inline constexpr int kDeepestJson = 200;
 
-// How many values a text may hold. A value that takes two characters in the text takes a hundred times that
-// in memory.
+// How many values a text may hold, an array or object counted as one beside what is in it. A value that takes
+// two characters in the text takes a hundred times that in memory.
 inline constexpr std::size_t kMostJsonValues = 1000000;
 
 // Raises JsonError, also for a text that is not UTF-8 and for a number too large for a double.

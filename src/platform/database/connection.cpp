@@ -50,7 +50,8 @@ void Connection::RaiseRowChanged(std::string_view table) {
 
 void Connection::Open(std::optional<std::string> text, std::optional<std::string> user,
                       std::optional<std::string> password, std::optional<std::int32_t> /*Options*/) {
-  if (session_ != nullptr) throw Error(number::kObjectIsOpen, kErrorSource, "Operation is not allowed when the object is open");
+  if (session_ != nullptr)
+    throw Error(number::kObjectIsOpen, kErrorSource, "Operation is not allowed when the object is open");
   if (text) connection_string_ = std::move(*text);
   std::string complete = connection_string_;
   if (user && !user->empty()) complete += ";UID=" + *user;
@@ -63,11 +64,14 @@ void Connection::Close() {
   session_.reset();
 }
 
-ObjectState Connection::State() const { return session_ == nullptr ? ObjectState::Closed : ObjectState::Open; }
+ObjectState Connection::State() const {
+  return session_ == nullptr ? ObjectState::Closed : ObjectState::Open;
+}
 
 Session& Connection::OpenSession() {
   if (session_ == nullptr) {
-    throw Error(number::kObjectIsClosed, kErrorSource, "Operation is not allowed when the object is closed: the connection");
+    throw Error(number::kObjectIsClosed, kErrorSource,
+                "Operation is not allowed when the object is closed: the connection");
   }
   return *session_;
 }
@@ -85,7 +89,8 @@ std::shared_ptr<Recordset> Connection::Execute(const std::string& text, automati
   return Recordset::Over(std::move(result), text, std::static_pointer_cast<Connection>(shared_from_this()));
 }
 
-Result Connection::Run(std::string_view text, std::span<const automation::Variant> parameters, std::size_t most_rows) {
+Result Connection::Run(std::string_view text, std::span<const automation::Variant> parameters,
+                       std::size_t most_rows) {
   Session& session = OpenSession();
   return Guarded([&] { return session.Execute(text, parameters, most_rows); });
 }

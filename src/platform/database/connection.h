@@ -31,8 +31,8 @@ class ProviderError final : public automation::Object {
   TALVEX_PROPERTY(std::string, Source, "Which driver said it.");
 };
 
-// A handle on a session with a database. Outside a transaction every statement stands on its own; inside one all
-// connections of the thread share its session, and closing one neither commits nor undoes anything.
+// A handle on a session with a database. Outside a transaction every statement stands on its own; inside one
+// all connections of the thread share its session, and closing one neither commits nor undoes anything.
 class Connection final : public automation::Object {
   TALVEX_CLASS(Connection, "Platform.Connection", "A connection to a database.");
 
@@ -42,21 +42,24 @@ class Connection final : public automation::Object {
   TALVEX_METHOD(void, Open,
                 (std::optional<std::string> ConnectionString, std::optional<std::string> UserID,
                  std::optional<std::string> Password, std::optional<std::int32_t> Options),
-                "Opens the connection with the string given, or with the property ConnectionString. UserID and Password, "
+                "Opens the connection with the string given, or with the property ConnectionString. UserID "
+                "and Password, "
                 "when not empty, are added to it. An open connection raises 3705.");
   TALVEX_METHOD(void, Close, (), "Closes the connection; a closed one raises 3704.");
-  TALVEX_METHOD(std::shared_ptr<Recordset>, Execute,
-                (const std::string& CommandText, automation::Variant* RecordsAffected, std::optional<std::int32_t> Options),
-                "Runs one statement. Returns its rows as a read-only record set, a closed one for a statement without "
-                "rows; RecordsAffected receives the number of rows written.");
+  TALVEX_METHOD(
+      std::shared_ptr<Recordset>, Execute,
+      (const std::string& CommandText, automation::Variant* RecordsAffected,
+       std::optional<std::int32_t> Options),
+      "Runs one statement. Returns its rows as a read-only record set, a closed one for a statement without "
+      "rows; RecordsAffected receives the number of rows written.");
   TALVEX_READONLY(ObjectState, State, "State", "0 closed, 1 open.");
   TALVEX_READONLY(std::shared_ptr<automation::Collection>, Errors, "Errors",
                   "The errors of the last operation, in the order in which the database reported them.");
   TALVEX_ACCESSORS(std::string, ConnectionText, "ConnectionString", "What the connection is opened with.");
   TALVEX_PROPERTY(std::int32_t, IsolationLevel, "The isolation level asked for; 4096 is read committed.");
 
-  // For the record sets, which read and write through a connection. Failures are raised as errors of the record-set
-  // interface, kept in Errors, and told to the transaction when they are conflicts.
+  // For the record sets, which read and write through a connection. Failures are raised as errors of the
+  // record-set interface, kept in Errors, and told to the transaction when they are conflicts.
   Result Run(std::string_view text, std::span<const automation::Variant> parameters, std::size_t most_rows);
   // Runs the steps as one: all of them are kept or none, also when the connection is in no transaction.
   void RunAsOne(const std::function<void()>& steps);

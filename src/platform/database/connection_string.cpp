@@ -29,7 +29,8 @@ ConnectionString::ConnectionString(std::string text) : text_(std::move(text)) {
     const std::string_view part = std::string_view(text_).substr(from, end - from);
     const std::size_t equals = part.find('=');
     if (equals != std::string_view::npos) {
-      parts_.emplace_back(automation::Trimmed(part.substr(0, equals)), automation::Trimmed(part.substr(equals + 1)));
+      parts_.emplace_back(automation::Trimmed(part.substr(0, equals)),
+                          automation::Trimmed(part.substr(equals + 1)));
     }
     from = end + 1;
   }

@@ -45,8 +45,9 @@ class Session {
  public:
   virtual ~Session() = default;
 
-  // Runs one statement in the SQL Server dialect; "?" takes the parameters in order. Reads `most_rows` rows at most.
-  // The statement is closed before this returns. Text after a first complete statement is refused, nothing is run then.
+  // Runs one statement in the SQL Server dialect; "?" takes the parameters in order. Reads `most_rows` rows
+  // at most. The statement is closed before this returns. Text after a first complete statement is refused,
+  // nothing is run then.
   virtual Result Execute(std::string_view text, std::span<const automation::Variant> parameters,
                          std::size_t most_rows) = 0;
 

@@ -10,11 +10,16 @@ std::int32_t ErrorNumberOf(FaultKind kind) noexcept {
   switch (kind) {
     case FaultKind::Duplicate:
     case FaultKind::NullNotAllowed:
-    case FaultKind::Constraint: return number::kConstraint;
-    case FaultKind::ValueRefused: return number::kValueTooLongOrWrongType;
-    case FaultKind::Conflict: return number::kUnspecified;
-    case FaultKind::CannotOpen: return number::kCannotOpenDatabase;
-    default: return number::kStatementRefused;
+    case FaultKind::Constraint:
+      return number::kConstraint;
+    case FaultKind::ValueRefused:
+      return number::kValueTooLongOrWrongType;
+    case FaultKind::Conflict:
+      return number::kUnspecified;
+    case FaultKind::CannotOpen:
+      return number::kCannotOpenDatabase;
+    default:
+      return number::kStatementRefused;
   }
 }
 

@@ -21,12 +21,15 @@ enum class FaultKind {
   Other            // A statement that the database refuses.
 };
 
-// A failure that a driver reports. `native_error` is SQL Server's number for it (2627, 515, 547, 1205) where there is
-// one, else the database's own.
+// A failure that a driver reports. `native_error` is SQL Server's number for it (2627, 515, 547, 1205) where
+// there is one, else the database's own.
 class Fault : public std::runtime_error {
  public:
   Fault(FaultKind kind, std::int32_t native_error, std::string sql_state, const std::string& description)
-      : std::runtime_error(description), kind_(kind), native_error_(native_error), sql_state_(std::move(sql_state)) {}
+      : std::runtime_error(description),
+        kind_(kind),
+        native_error_(native_error),
+        sql_state_(std::move(sql_state)) {}
   [[nodiscard]] FaultKind Kind() const noexcept { return kind_; }
   [[nodiscard]] std::int32_t NativeError() const noexcept { return native_error_; }
   [[nodiscard]] const std::string& SqlState() const noexcept { return sql_state_; }
@@ -40,8 +43,8 @@ class Fault : public std::runtime_error {
 // The number that a failure of this kind carries in the record-set interface.
 [[nodiscard]] std::int32_t ErrorNumberOf(FaultKind kind) noexcept;
 
-// Raises the failure as an error of the record-set interface, and tells the calling thread's transaction when it was a
-// conflict, since running the whole transaction again may succeed.
+// Raises the failure as an error of the record-set interface, and tells the calling thread's transaction when
+// it was a conflict, since running the whole transaction again may succeed.
 [[noreturn]] void RaiseAsError(const Fault& fault);
 
 // Tells the calling thread's transaction, if there is one, that somebody else's work stood in its way.

@@ -15,7 +15,8 @@ namespace talvex::platform::database {
 // The number in plain decimal, as many digits as name it exactly. What is not a finite number raises 13.
 [[nodiscard]] std::string NumberLiteral(const automation::Variant& number);
 
-// The calendar day alone, 'YYYY-MM-DDT00:00:00': the first and the last day of a period count whole, whatever the time.
+// The calendar day alone, 'YYYY-MM-DDT00:00:00': the first and the last day of a period count whole, whatever
+// the time.
 [[nodiscard]] std::string DateLiteral(automation::Date date);
 
 }  // namespace talvex::platform::database

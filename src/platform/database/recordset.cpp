@@ -69,6 +69,7 @@ void Recordset::Open(const std::string& query, const Variant& connection,
   }
   if (opened.connection == nullptr) RaiseClosed("the record set has no connection");
   opened.Read();
+  if (opened.data == nullptr && opened.owns_connection) opened.connection->Close();
   *inner_ = std::move(opened);
 }
 

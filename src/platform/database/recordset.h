@@ -86,8 +86,7 @@ class Recordset final : public automation::Object {
       "connection 3704.");
   TALVEX_METHOD(void, Close, (),
                 "Closes the set and lets its rows go; changes that were not written are lost. A closed set "
-                "raises 3704, a "
-                "set with a row in edit raises 5 unless its lock type is batch-optimistic.");
+                "raises 3704, a set with a row in edit raises 5 unless its lock type is batch-optimistic.");
   TALVEX_METHOD(
       void, MoveFirst, (),
       "Stands on the first row that passes the filter; without any, EOF and BOF are both true. A row in edit "

@@ -77,7 +77,8 @@ std::unique_ptr<Session> SessionPool::Open(const std::string& connection_string)
   auto driver = drivers_.find(parts.Value("Driver"));
   if (driver == drivers_.end()) driver = drivers_.find(std::string_view());
   if (driver == drivers_.end()) {
-    throw Fault(FaultKind::CannotOpen, 0, "IM002", "There is no driver for the connection string " + parts.Shown());
+    throw Fault(FaultKind::CannotOpen, 0, "IM002",
+                "There is no driver for the connection string " + parts.Shown());
   }
   return driver->second->Open(parts);
 }

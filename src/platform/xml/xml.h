@@ -36,13 +36,13 @@ class Document {
   [[nodiscard]] virtual std::unique_ptr<Element> Root() const = 0;
 };
 
-// Reads documents without ever touching the network or another file: outside entities are refused, and sizes and
-// depths are limited.
+// Reads documents without ever touching the network or another file: outside entities are refused, and sizes
+// and depths are limited.
 class Engine {
  public:
   virtual ~Engine() = default;
-  // Always a document; a text that is not well-formed gives one with a parse error. `text` is UTF-8, whatever encoding
-  // its declaration claims.
+  // Always a document; a text that is not well-formed gives one with a parse error. `text` is UTF-8, whatever
+  // encoding its declaration claims.
   [[nodiscard]] virtual std::unique_ptr<Document> Parse(std::string_view text) const = 0;
 };
 

@@ -24,7 +24,8 @@ constexpr std::string_view kSettings = R"(<?xml version="1.0"?>
     </section>
     <section name="MEMBERSHIP"><entry key="MemScriptUser">  script  </entry><entry key="LDAPRoot"/></section>
   </application>
-  <application name="Other" configdir="sub\folder\"><section name="S"><entry key="K">other</entry></section></application>
+  <application name="Other" configdir="sub\folder\"><section name="S">
+    <entry key="K">other</entry></section></application>
   <application name="Far" configdir="/far/away/"/>
 </siteconfiguration>)";
 

@@ -16,7 +16,8 @@ using suite_test::ErrorOf;
 namespace number = automation::error_number;
 
 constexpr std::string_view kRows = R"(
-INSERT INTO CURRENCY (CURRENCYCODE, DECIMALS) VALUES ('USD', 2), ('EUR', 2), ('JPY', 0), ('ODD', NULL), ('O''X', 3);
+INSERT INTO CURRENCY (CURRENCYCODE, DECIMALS) VALUES ('USD', 2), ('EUR', 2), ('JPY', 0),
+  ('ODD', NULL), ('O''X', 3);
 INSERT INTO EXCHANGERATE (CURRENCYCODE, VALIDFROM, RATE) VALUES
   ('EUR', '2025-01-01T00:00:00', 1),
   ('USD', '2025-01-01T00:00:00', 0.92),
@@ -60,7 +61,7 @@ TEST_F(SuiteCurrencyService, TakesTheNewestRateThatIsValidOnTheDay) {
 TEST_F(SuiteCurrencyService, TheSameCurrencyGivesTheAmountWithoutReading) {
   const auto before = world_.traffic->statements.size();
   EXPECT_EQ(Convert("USD", "usd", 123456789012345678, kMarch), Currency::FromUnits(123456789012345678));
-  EXPECT_EQ(Convert("XXX", "XXX", 1, kMarch), Currency::FromUnits(1));
+  EXPECT_EQ(Convert("CHF", "CHF", 1, kMarch), Currency::FromUnits(1));
   EXPECT_EQ(world_.traffic->statements.size(), before);
   EXPECT_EQ(world_.traffic->opened, 0);
 }
@@ -83,10 +84,10 @@ TEST_F(SuiteCurrencyService, CodesCompareWithoutCaseAndMayHoldQuotes) {
 }
 
 TEST_F(SuiteCurrencyService, NeverGuessesARate) {
-  EXPECT_EQ(ErrorFor("XXX", "EUR", kMarch).description,
-            "The currency 'XXX' has no exchange rate on 3/15/2026");
-  EXPECT_EQ(ErrorFor("EUR", "XXX", kMarch).description,
-            "The currency 'XXX' has no exchange rate on 3/15/2026");
+  EXPECT_EQ(ErrorFor("CHF", "EUR", kMarch).description,
+            "The currency 'CHF' has no exchange rate on 3/15/2026");
+  EXPECT_EQ(ErrorFor("EUR", "CHF", kMarch).description,
+            "The currency 'CHF' has no exchange rate on 3/15/2026");
   const auto too_early = ErrorFor("USD", "EUR", Date::Civil(2024, 12, 31, 12, 0, 0));
   EXPECT_EQ(too_early.number, number::kInvalidCall);
   EXPECT_EQ(too_early.description, "The currency 'USD' has no exchange rate on 12/31/2024");
@@ -102,8 +103,8 @@ TEST_F(SuiteCurrencyService, AResultOutOfRangeIsAnOverflow) {
 TEST_F(SuiteCurrencyService, KnowsTheDecimals) {
   EXPECT_EQ(service_.Decimals("USD"), 2);
   EXPECT_EQ(service_.Decimals("jpy"), 0);
-  EXPECT_EQ(ErrorOf([&] { static_cast<void>(service_.Decimals("XXX")); }).description,
-            "The currency 'XXX' is unknown");
+  EXPECT_EQ(ErrorOf([&] { static_cast<void>(service_.Decimals("CHF")); }).description,
+            "The currency 'CHF' is unknown");
   EXPECT_EQ(ErrorOf([&] { static_cast<void>(service_.Decimals("ODD")); }).description,
             "The currency 'ODD' has no number of decimals");
 }

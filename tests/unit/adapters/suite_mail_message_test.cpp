@@ -155,8 +155,10 @@ TEST(SuiteMailMessage, ItsLinesAreShortAndPlainAscii) {
   message.from.name = std::string(500, 'n');
   message.to.name = std::string(40, '"') + "é";
   message.body = std::string(5000, 'b') + "\n" + std::string(1000, '\xFF') + std::string("\0\x01", 2);
+  message.body += "\nblanks at the end  \n \n";
   for (const std::string& line : LinesOf(MailText(message))) {
     EXPECT_LE(line.size(), 76U) << line;
+    EXPECT_FALSE(line.ends_with(' ')) << "servers cut it: " << line;
     for (const char c : line) EXPECT_TRUE(c >= ' ' && c <= '~') << line;
   }
 }

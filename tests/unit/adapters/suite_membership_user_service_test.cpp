@@ -15,7 +15,8 @@ namespace number = automation::error_number;
 
 constexpr std::string_view kRows = R"(
 INSERT INTO SUITEUSER (USERID, FULLNAME, EMAIL, LOCALEID) VALUES
-  ('h.moreau', NULL, NULL, 1036), ('o''brien', NULL, NULL, 1033), ('mute', NULL, NULL, NULL), ('far', NULL, NULL, 40000);
+  ('h.moreau', NULL, NULL, 1036), ('o''brien', NULL, NULL, 1033), ('mute', NULL, NULL, NULL),
+  ('far', NULL, NULL, 40000);
 )";
 
 class SuiteMembershipUser : public testing::Test {

@@ -19,7 +19,8 @@ using host::Outcome;
 constexpr const char* kUsers = "SELECT USERID FROM SUITEUSER";
 
 void AddUser(const TestInstallation& site, const std::string& id) {
-  site.Sql("INSERT INTO SUITEUSER (USERID, FULLNAME, EMAIL, LOCALEID) VALUES ('" + id + "', 'x', 'x@example.com', 1033)");
+  site.Sql("INSERT INTO SUITEUSER (USERID, FULLNAME, EMAIL, LOCALEID) VALUES ('" + id +
+           "', 'x', 'x@example.com', 1033)");
 }
 
 void OnInstallation(const std::function<void(TestInstallation&)>& body) {
@@ -91,7 +92,8 @@ TEST(TransactionHost, OffersTheSharedTexts) {
     const auto context = site.Host().Transactions().Begin();
     const auto messages = context->NamedObject("Application")->Call("Value", "I18NMessageManager");
     ASSERT_TRUE(messages.IsObject());
-    EXPECT_EQ(messages.As<automation::ObjectRef>()->Call("GetText", "SLBBU0240", "1031"), automation::Variant("Budgetübersicht"));
+    EXPECT_EQ(messages.As<automation::ObjectRef>()->Call("GetText", "SLBBU0240", "1031"),
+              automation::Variant("Budgetübersicht"));
   });
 }
 

@@ -29,22 +29,28 @@ std::int32_t Post(const std::string& code, double amount, TalvexType type = Talv
 }
 
 void AddBudget(const TestInstallation& site, const std::string& code, const std::string& holder = "null") {
-  site.Sql("INSERT INTO BUDGET (BUDGETCODE, BUDGETTYPE, CURRENCYCODE, USERID, BUDGETWARNING) VALUES ('" + code +
-           "', 1, 'EUR', " + holder + ", " + (holder == "null" ? "null" : "10") + ")");
-  site.Sql("INSERT INTO BUDGETLINES (BUDGETCODE, STARTDATE, ENDDATE, BUDGETAMNT, AVAILABLEAMNT, AVAILABLEPERC) VALUES ('" +
-           code + "', '2026-01-01T00:00:00', '2026-12-31T00:00:00', 1000, 1000, 1)");
+  site.Sql("INSERT INTO BUDGET (BUDGETCODE, BUDGETTYPE, CURRENCYCODE, USERID, BUDGETWARNING) VALUES ('" +
+           code + "', 1, 'EUR', " + holder + ", " + (holder == "null" ? "null" : "10") + ")");
+  site.Sql(
+      "INSERT INTO BUDGETLINES (BUDGETCODE, STARTDATE, ENDDATE, BUDGETAMNT, AVAILABLEAMNT, AVAILABLEPERC) "
+      "VALUES ('" +
+      code + "', '2026-01-01T00:00:00', '2026-12-31T00:00:00', 1000, 1000, 1)");
 }
 
 void PutUnder(const TestInstallation& site, const std::string& parent, const std::string& child) {
-  site.Sql("INSERT INTO BUDGETRELATIONS (PARENTBUDGET, CHILDBUDGET) VALUES ('" + parent + "', '" + child + "')");
+  site.Sql("INSERT INTO BUDGETRELATIONS (PARENTBUDGET, CHILDBUDGET) VALUES ('" + parent + "', '" + child +
+           "')");
 }
 
 // LEAF under TOP, both held by anna, with warning mails on.
 void TwoLevels(const TestInstallation& site) {
   site.Sql("INSERT INTO CURRENCY (CURRENCYCODE, DECIMALS) VALUES ('EUR', 2)");
-  site.Sql("INSERT INTO SUITEUSER (USERID, FULLNAME, EMAIL, LOCALEID) VALUES ('anna', 'Anna', 'anna@example.com', 1033)");
-  site.Sql("INSERT INTO REQUISITIONPARAMETER (PARAMNAME, PARAMVALUE) VALUES "
-           "('SendEmailToBudgetHolderForBudgetWarning', 'True')");
+  site.Sql(
+      "INSERT INTO SUITEUSER (USERID, FULLNAME, EMAIL, LOCALEID) VALUES ('anna', 'Anna', 'anna@example.com', "
+      "1033)");
+  site.Sql(
+      "INSERT INTO REQUISITIONPARAMETER (PARAMNAME, PARAMVALUE) VALUES "
+      "('SendEmailToBudgetHolderForBudgetWarning', 'True')");
   AddBudget(site, "LEAF", "'anna'");
   AddBudget(site, "TOP", "'anna'");
   PutUnder(site, "TOP", "LEAF");
@@ -61,18 +67,20 @@ TEST(Posting, SendsTheseStatementsInThisOrder) {
     for (const std::string& text : test.Script().Texts()) {
       if (text != isolation && text != "OPEN" && text != "BEGIN" && text != "COMMIT") texts.push_back(text);
     }
-    EXPECT_EQ(texts,
-              (std::vector<std::string>{
-                  "select * from BUDGET where BUDGETCODE='LEAF'",
-                  "select * from BUDGETLINES where BUDGETCODE='LEAF' and STARTDATE<='2026-03-15T00:00:00' AND "
-                  "ENDDATE>='2026-03-15T00:00:00'",
-                  "SELECT DECIMALS FROM CURRENCY WHERE CURRENCYCODE='EUR'",
-                  "SELECT BUDGETWARNING, USERID, CURRENCYCODE FROM BUDGET WHERE BUDGETCODE='LEAF'",
-                  "SELECT PARAMVALUE FROM REQUISITIONPARAMETER WHERE PARAMNAME = "
-                  "'SendEmailToBudgetHolderForBudgetWarning'",
-                  "UPDATE BUDGETLINES SET USEDAPPROVEDAMNT = ?, AVAILABLEAMNT = ?, AVAILABLEPERC = ? WHERE ID = ? AND "
-                  "USEDAPPROVEDAMNT IS NULL AND AVAILABLEAMNT = ? AND AVAILABLEPERC = ?",
-                  "SELECT PARENTBUDGET FROM BUDGETRELATIONS WHERE CHILDBUDGET='LEAF'"}));
+    EXPECT_EQ(
+        texts,
+        (std::vector<std::string>{
+            "select * from BUDGET where BUDGETCODE='LEAF'",
+            "select * from BUDGETLINES where BUDGETCODE='LEAF' and STARTDATE<='2026-03-15T00:00:00' AND "
+            "ENDDATE>='2026-03-15T00:00:00'",
+            "SELECT DECIMALS FROM CURRENCY WHERE CURRENCYCODE='EUR'",
+            "SELECT BUDGETWARNING, USERID, CURRENCYCODE FROM BUDGET WHERE BUDGETCODE='LEAF'",
+            "SELECT PARAMVALUE FROM REQUISITIONPARAMETER WHERE PARAMNAME = "
+            "'SendEmailToBudgetHolderForBudgetWarning'",
+            "UPDATE BUDGETLINES SET USEDAPPROVEDAMNT = ?, AVAILABLEAMNT = ?, AVAILABLEPERC = ? WHERE ID = ? "
+            "AND "
+            "USEDAPPROVEDAMNT IS NULL AND AVAILABLEAMNT = ? AND AVAILABLEPERC = ?",
+            "SELECT PARENTBUDGET FROM BUDGETRELATIONS WHERE CHILDBUDGET='LEAF'"}));
     // Every connection that the component opens for itself asks for its isolation level.
     EXPECT_GE(test.Script().Count(isolation), 4U);
   });
@@ -112,7 +120,8 @@ TEST(Posting, CompilesNoStatementShapeTwice) {
       for (int i = 0; i < 100; ++i) Post(i % 2 == 0 ? "LEAF" : "TOP", 1 + 0.01 * i);
     };
     test.Site().Host().Transactions().Run([&] {
-      post_many();  // Meets every shape: totals that are Null at first, percentages that change and others that do not.
+      post_many();  // Meets every shape: totals that are Null at first, percentages that change and others
+                    // that do not.
       const auto compiled = test.Counters().compiled.load();
       const auto run = test.Counters().run.load();
       post_many();
@@ -143,7 +152,8 @@ TEST(Posting, AFailureOfAnyStatementOfATransactionLeavesTheDatabaseAsItWas) {
     }
     test.Script().Heal();
     EXPECT_GT(failed, 20U);
-    EXPECT_EQ(test.Site().Rows("SELECT USEDAPPROVEDAMNT FROM BUDGETLINES"), (std::vector<std::string>{"950", "950"}));
+    EXPECT_EQ(test.Site().Rows("SELECT USEDAPPROVEDAMNT FROM BUDGETLINES"),
+              (std::vector<std::string>{"950", "950"}));
     EXPECT_EQ(test.Site().Mails().size(), 2U);
   });
 }
@@ -161,7 +171,8 @@ TEST(Posting, AConflictAnywhereIsRetriedAndPostedOnce) {
       ++postings;
     }
     const std::string total = std::to_string(postings);
-    EXPECT_EQ(test.Site().Rows("SELECT USEDAPPROVEDAMNT FROM BUDGETLINES"), (std::vector<std::string>{total, total}));
+    EXPECT_EQ(test.Site().Rows("SELECT USEDAPPROVEDAMNT FROM BUDGETLINES"),
+              (std::vector<std::string>{total, total}));
   });
 }
 
@@ -189,7 +200,8 @@ class InterferingCurrency final : public automation::Object {
  public:
   explicit InterferingCurrency(std::function<void()> interfere) : interfere_(std::move(interfere)) {}
   TALVEX_METHOD(automation::Currency, Convert,
-                (const std::string& source, const std::string& target, automation::Currency amount, Date date),
+                (const std::string& source, const std::string& target, automation::Currency amount,
+                 Date date),
                 "The amount as it is.");
   TALVEX_METHOD(std::int32_t, Decimals, (const std::string& code), "Two.");
 
@@ -197,8 +209,9 @@ class InterferingCurrency final : public automation::Object {
   std::function<void()> interfere_;
 };
 
-automation::Currency InterferingCurrency::Convert(const std::string& /*source*/, const std::string& /*target*/,
-                                                  automation::Currency amount, Date /*date*/) {
+automation::Currency InterferingCurrency::Convert(const std::string& /*source*/,
+                                                  const std::string& /*target*/, automation::Currency amount,
+                                                  Date /*date*/) {
   interfere_();
   return amount;
 }
@@ -209,9 +222,8 @@ TEST(Posting, ALineThatSomebodyElseChangedMeanwhileIsAConflictAndLosesNothing) {
   WithStandIns([](StoodIn& test) {
     AddBudget(test.Site(), "A");
     test.Environment().classes->Register(InterferingCurrency::Info(), [&test] {
-      return std::make_shared<InterferingCurrency>([&test] {
-        test.Site().Sql("UPDATE BUDGETLINES SET USEDAPPROVEDAMNT = 5, AVAILABLEAMNT = 995");
-      });
+      return std::make_shared<InterferingCurrency>(
+          [&test] { test.Site().Sql("UPDATE BUDGETLINES SET USEDAPPROVEDAMNT = 5, AVAILABLEAMNT = 995"); });
     });
     EXPECT_EQ(ErrorOf([] { Post("A", 10); }).number, automation::error_number::kRowChanged);
     EXPECT_EQ(test.Site().Rows("SELECT USEDAPPROVEDAMNT, AVAILABLEAMNT FROM BUDGETLINES"),
@@ -229,8 +241,10 @@ TEST(Posting, AChainOfAThousandAncestorsWorks) {
         if (i > 0) PutUnder(test.Site(), "B" + std::to_string(i), "B" + std::to_string(i - 1));
       }
     });
-    EXPECT_EQ(test.Site().Host().Transactions().Run([] { EXPECT_EQ(Post("B0", 1), 1); }), host::Outcome::Committed);
-    EXPECT_EQ(test.Site().Rows("SELECT COUNT(*), SUM(USEDAPPROVEDAMNT) FROM BUDGETLINES WHERE USEDAPPROVEDAMNT = 1"),
+    EXPECT_EQ(test.Site().Host().Transactions().Run([] { EXPECT_EQ(Post("B0", 1), 1); }),
+              host::Outcome::Committed);
+    EXPECT_EQ(test.Site().Rows(
+                  "SELECT COUNT(*), SUM(USEDAPPROVEDAMNT) FROM BUDGETLINES WHERE USEDAPPROVEDAMNT = 1"),
               std::vector<std::string>{"1001 | 1001"});
   });
 }
@@ -239,10 +253,13 @@ TEST(Posting, AWalkAboutToRunOutOfStackIsAnErrorThatSaysSo) {
   OnRecordedInstallation([](RecordedInstallation& test) {
     TwoLevels(test.Site());
     const std::string before = test.Site().Snapshot();
-    test.Environment().stack_left = [calls = 0]() mutable { return ++calls > 1 ? std::size_t{1000} : std::size_t{1} << 30; };
+    test.Environment().stack_left = [calls = 0]() mutable {
+      return ++calls > 1 ? std::size_t{1000} : std::size_t{1} << 30;
+    };
     const auto raised = ErrorOf([&] { test.Site().Host().Transactions().Run([] { Post("LEAF", 1); }); });
     EXPECT_EQ(raised.number, 28);
-    EXPECT_NE(raised.description.find("Out of stack space: the hierarchy above budget 'TOP' is too deep"), std::string::npos)
+    EXPECT_NE(raised.description.find("Out of stack space: the hierarchy above budget 'TOP' is too deep"),
+              std::string::npos)
         << raised.description;
     EXPECT_EQ(test.Site().Snapshot(), before);
   });
@@ -276,16 +293,19 @@ TEST(Posting, StackedDiamondsCostOneStepForEachBudget) {
 
 TEST(RepostAllBudgets, MoreLinesThanASixteenBitCountAreAnOverflow) {
   OnRecordedInstallation([](RecordedInstallation& test) {
-    test.Site().Sql("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 32768) INSERT INTO BUDGETLINES "
-                    "(BUDGETCODE, STARTDATE, ENDDATE, BUDGETAMNT, USEDAPPROVEDAMNT, AVAILABLEAMNT, AVAILABLEPERC) "
-                    "SELECT 'A', '2026-01-01T00:00:00', '2026-12-31T00:00:00', 100, 0, 100, 1 FROM n");
+    test.Site().Sql(
+        "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 32768) INSERT INTO "
+        "BUDGETLINES "
+        "(BUDGETCODE, STARTDATE, ENDDATE, BUDGETAMNT, USEDAPPROVEDAMNT, AVAILABLEAMNT, AVAILABLEPERC) "
+        "SELECT 'A', '2026-01-01T00:00:00', '2026-12-31T00:00:00', 100, 0, 100, 1 FROM n");
     const auto raised = ErrorOf([&] {
       test.Site().Host().Transactions().Run([] { std::make_shared<BudgetT>()->RepostAllBudgets(); });
     });
     EXPECT_EQ(raised.number, 6);
     // One line less fits.
     test.Site().Sql("DELETE FROM BUDGETLINES WHERE ID = 1");
-    test.Site().Host().Transactions().Run([] { EXPECT_EQ(std::make_shared<BudgetT>()->RepostAllBudgets(), 32767); });
+    test.Site().Host().Transactions().Run(
+        [] { EXPECT_EQ(std::make_shared<BudgetT>()->RepostAllBudgets(), 32767); });
   });
 }
 
@@ -312,11 +332,15 @@ TEST(SetBudgetAvailable, WithoutARecordSetOrARowIsAClearError) {
   OnRecordedInstallation([](RecordedInstallation& test) {
     const auto budgets = std::make_shared<BudgetT>();
     std::shared_ptr<platform::database::Recordset> lines;
-    EXPECT_EQ(ErrorOf([&] { budgets->SetBudgetAvailable(lines); }).number, automation::error_number::kObjectNotSet);
+    EXPECT_EQ(ErrorOf([&] { budgets->SetBudgetAvailable(lines); }).number,
+              automation::error_number::kObjectNotSet);
     lines = std::make_shared<platform::database::Recordset>();
-    EXPECT_EQ(ErrorOf([&] { budgets->SetBudgetAvailable(lines); }).number, automation::error_number::kObjectIsClosed);
-    lines->Open("SELECT * FROM BUDGETLINES", test.Site().Host().Connect(), std::nullopt, std::nullopt, std::nullopt);
-    EXPECT_EQ(ErrorOf([&] { budgets->SetBudgetAvailable(lines); }).number, automation::error_number::kNoCurrentRow);
+    EXPECT_EQ(ErrorOf([&] { budgets->SetBudgetAvailable(lines); }).number,
+              automation::error_number::kObjectIsClosed);
+    lines->Open("SELECT * FROM BUDGETLINES", test.Site().Host().Connect(), std::nullopt, std::nullopt,
+                std::nullopt);
+    EXPECT_EQ(ErrorOf([&] { budgets->SetBudgetAvailable(lines); }).number,
+              automation::error_number::kNoCurrentRow);
   });
 }
 

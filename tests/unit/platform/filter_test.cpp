@@ -41,81 +41,82 @@ struct FilterRow {
   const char* passing;
 };
 
+const FilterRow kFilterRows[] = {
+    // Texts compare without case; the empty text is a text; Null matches nothing.
+    {"CODE = 'travel'", "12"},
+    {"code='TRAVEL'", "12"},
+    {"[Code] = 'travel'", "12"},
+    {"CODE <> 'travel'", "356"},
+    {"CODE = ''", "3"},
+    {"CODE <> ''", "1256"},
+    {"CODE < '50%'", "36"},
+    {"CODE <= '50%'", "356"},
+    {"CODE > 'a'", "12"},
+    {"CODE >= 'travel'", "12"},
+    {"[START DATE] = 'it''s'", "5"},
+    {"Größe = 'xl'", "5"},
+    // The percent sign, as it comes quoted for a pattern.
+    {"CODE = '50[%]'", "5"},
+    {"CODE = '50%'", "5"},
+    {"CODE <> '50[%]'", "1236"},
+    {"[START DATE] = '[%]'", ""},
+    // Null.
+    {"CODE IS NULL", "4"},
+    {"code is not null", "12356"},
+    {"CODE = 'NULL'", ""},
+    // Numbers, of whatever kind, quoted or not.
+    {"AMOUNT = 10.5", "15"},
+    {"AMOUNT = '10.5'", "15"},
+    {"AMOUNT = 1.05E1", "15"},
+    {"AMOUNT = '1,000'", "6"},
+    {"AMOUNT < 0", "2"},
+    {"AMOUNT = -3", "2"},
+    {"AMOUNT > -3.0", "1356"},
+    {"AMOUNT >= +10.5", "156"},
+    {"AMOUNT <> 0", "1256"},
+    {"AMOUNT = .0", "3"},
+    {"AMOUNT = 'many'", ""},
+    {"AMOUNT <> 'many'", ""},
+    {"AMOUNT = ''", ""},
+    {"FLAG = -1", "14"},
+    {"FLAG = 0", "256"},
+    // A number compares with a text as it is written.
+    {"CODE = 1000", "6"},
+    {"CODE = 1000.0", ""},
+    // Dates, quoted or not, with a time of day or without.
+    {"STARTDATE = '3/15/2026'", "1"},
+    {"STARTDATE = #3/15/2026#", "1"},
+    {"STARTDATE = '2026-03-15'", "1"},
+    {"STARTDATE = '3/15/2026 14:30:05'", "4"},
+    {"(STARTDATE <= '3/15/2026')", "15"},
+    {"STARTDATE >= '3/15/2026'", "1246"},
+    {"STARTDATE <> '3/15/2026'", "2456"},
+    {"STARTDATE < '1/1/2026'", "5"},
+    {"STARTDATE = 'some day'", ""},
+    {"STARTDATE <> 'some day'", ""},
+    {"STARTDATE > 40000", ""},
+    // LIKE.
+    {"CODE LIKE 'tr%'", "12"},
+    {"CODE like '*VEL'", "12"},
+    {"CODE LIKE '%'", "12356"},
+    {"CODE LIKE '50[%]'", "5"},
+    {"CODE LIKE '____'", "6"},
+    {"AMOUNT LIKE '1%'", "156"},
+    {"STARTDATE LIKE '3/15/2026%'", "14"},
+    // AND before OR; parentheses; blanks anywhere or nowhere.
+    {"ID = 1 OR ID = 2 AND ID = 3", "1"},
+    {"(ID = 1 OR ID = 2) AND ID = 2", "2"},
+    {"ID=1 or(ID=2)or[ID]=3", "123"},
+    {" \t(\n( ID = 1 )\r) ", "1"},
+    {"ID > 1 AND ID < 5 AND ID <> 3", "24"},
+    {"CODE = 'travel' AND AMOUNT < 0 OR CODE IS NULL", "24"},
+    // A date range test as an import puts it.
+    {" ((STARTDATE <= '3/15/2026') OR  (STARTDATE >= '1/1/2027') OR  (ID <> '2' AND CODE <> '50%')) ",
+     "1356"},
+};
+
 TEST(Filter, LetsPassWhatItSays) {
-  const FilterRow rows[] = {
-      // Texts compare without case; the empty text is a text; Null matches nothing.
-      {"CODE = 'travel'", "12"},
-      {"code='TRAVEL'", "12"},
-      {"[Code] = 'travel'", "12"},
-      {"CODE <> 'travel'", "356"},
-      {"CODE = ''", "3"},
-      {"CODE <> ''", "1256"},
-      {"CODE < '50%'", "36"},
-      {"CODE <= '50%'", "356"},
-      {"CODE > 'a'", "12"},
-      {"CODE >= 'travel'", "12"},
-      {"[START DATE] = 'it''s'", "5"},
-      {"Größe = 'xl'", "5"},
-      // The percent sign, as it comes quoted for a pattern.
-      {"CODE = '50[%]'", "5"},
-      {"CODE = '50%'", "5"},
-      {"CODE <> '50[%]'", "1236"},
-      {"[START DATE] = '[%]'", ""},
-      // Null.
-      {"CODE IS NULL", "4"},
-      {"code is not null", "12356"},
-      {"CODE = 'NULL'", ""},
-      // Numbers, of whatever kind, quoted or not.
-      {"AMOUNT = 10.5", "15"},
-      {"AMOUNT = '10.5'", "15"},
-      {"AMOUNT = 1.05E1", "15"},
-      {"AMOUNT = '1,000'", "6"},
-      {"AMOUNT < 0", "2"},
-      {"AMOUNT = -3", "2"},
-      {"AMOUNT > -3.0", "1356"},
-      {"AMOUNT >= +10.5", "156"},
-      {"AMOUNT <> 0", "1256"},
-      {"AMOUNT = .0", "3"},
-      {"AMOUNT = 'many'", ""},
-      {"AMOUNT <> 'many'", ""},
-      {"AMOUNT = ''", ""},
-      {"FLAG = -1", "14"},
-      {"FLAG = 0", "256"},
-      // A number compares with a text as it is written.
-      {"CODE = 1000", "6"},
-      {"CODE = 1000.0", ""},
-      // Dates, quoted or not, with a time of day or without.
-      {"STARTDATE = '3/15/2026'", "1"},
-      {"STARTDATE = #3/15/2026#", "1"},
-      {"STARTDATE = '2026-03-15'", "1"},
-      {"STARTDATE = '3/15/2026 14:30:05'", "4"},
-      {"(STARTDATE <= '3/15/2026')", "15"},
-      {"STARTDATE >= '3/15/2026'", "1246"},
-      {"STARTDATE <> '3/15/2026'", "2456"},
-      {"STARTDATE < '1/1/2026'", "5"},
-      {"STARTDATE = 'some day'", ""},
-      {"STARTDATE <> 'some day'", ""},
-      {"STARTDATE > 40000", ""},
-      // LIKE.
-      {"CODE LIKE 'tr%'", "12"},
-      {"CODE like '*VEL'", "12"},
-      {"CODE LIKE '%'", "12356"},
-      {"CODE LIKE '50[%]'", "5"},
-      {"CODE LIKE '____'", "6"},
-      {"AMOUNT LIKE '1%'", "156"},
-      {"STARTDATE LIKE '3/15/2026%'", "14"},
-      // AND before OR; parentheses; blanks anywhere or nowhere.
-      {"ID = 1 OR ID = 2 AND ID = 3", "1"},
-      {"(ID = 1 OR ID = 2) AND ID = 2", "2"},
-      {"ID=1 or(ID=2)or[ID]=3", "123"},
-      {" \t(\n( ID = 1 )\r) ", "1"},
-      {"ID > 1 AND ID < 5 AND ID <> 3", "24"},
-      {"CODE = 'travel' AND AMOUNT < 0 OR CODE IS NULL", "24"},
-      // A date range test as an import puts it.
-      {" ((STARTDATE <= '3/15/2026') OR  (STARTDATE >= '1/1/2027') OR  (ID <> '2' AND CODE <> '50%')) ",
-       "1356"},
-  };
-  for (const FilterRow& row : rows) EXPECT_EQ(Passing(row.filter), row.passing) << row.filter;
+  for (const FilterRow& row : kFilterRows) EXPECT_EQ(Passing(row.filter), row.passing) << row.filter;
 }
 
 struct ErrorRow {

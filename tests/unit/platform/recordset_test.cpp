@@ -110,6 +110,10 @@ TEST_F(RecordsetTest, StaysClosedWhenTheDatabaseRefusesTheQuery) {
 TEST_F(RecordsetTest, AStatementThatIsNoQueryLeavesItClosed) {
   EXPECT_EQ(world_.Open("DELETE FROM BUDGET", LockType::Optimistic)->State(), ObjectState::Closed);
   EXPECT_EQ(database_.Count("DELETE FROM BUDGET"), 1U);
+  Recordset own;
+  own.Open("DELETE FROM BUDGET", "Database=own", std::nullopt, std::nullopt, std::nullopt);
+  EXPECT_EQ(own.State(), ObjectState::Closed);
+  EXPECT_EQ(own.ActiveConnection()->State(), ObjectState::Closed);
 }
 
 TEST_F(RecordsetTest, WalksItsRowsBothWays) {

@@ -37,16 +37,19 @@ struct FormatRow {
 
 TEST(ErrFormatMessage, BuildsTheErrorTextLineByLine) {
   const FormatRow rows[] = {
-      {"gone", -2147220604, std::nullopt, "\r\nERROR 0x80040384\r\n METHOD: Talvex.BudgetT.Delete\r\n DESC: gone.\r\n"},
+      {"gone", -2147220604, std::nullopt,
+       "\r\nERROR 0x80040384\r\n METHOD: Talvex.BudgetT.Delete\r\n DESC: gone.\r\n"},
       {"", 28, std::nullopt, "\r\nERROR 0x1C\r\n METHOD: Talvex.BudgetT.Delete\r\n DESC: .\r\n"},
       {"x", 0, std::nullopt, "\r\nERROR 0x0\r\n METHOD: Talvex.BudgetT.Delete\r\n DESC: x.\r\n"},
-      {"x", 13, "code A", "\r\nERROR 0xD\r\n METHOD: Talvex.BudgetT.Delete\r\n DESC: x.\r\n INFO: code A.\r\n"},
+      {"x", 13, "code A",
+       "\r\nERROR 0xD\r\n METHOD: Talvex.BudgetT.Delete\r\n DESC: x.\r\n INFO: code A.\r\n"},
       {"x", 13, "", "\r\nERROR 0xD\r\n METHOD: Talvex.BudgetT.Delete\r\n DESC: x.\r\n INFO: .\r\n"},
       {"x", 13, 42, "\r\nERROR 0xD\r\n METHOD: Talvex.BudgetT.Delete\r\n DESC: x.\r\n INFO: 42.\r\n"},
       {"x", -1, std::nullopt, "\r\nERROR 0xFFFFFFFF\r\n METHOD: Talvex.BudgetT.Delete\r\n DESC: x.\r\n"},
   };
   for (const FormatRow& row : rows) {
-    EXPECT_EQ(Err_FormatMessage(row.description, row.number, "Talvex.BudgetT.Delete", row.information), row.text);
+    EXPECT_EQ(Err_FormatMessage(row.description, row.number, "Talvex.BudgetT.Delete", row.information),
+              row.text);
   }
 }
 
@@ -91,9 +94,8 @@ TEST(ErrRaise, LogsTheDescriptionFormattedOnceMore) {
 
 TEST(ErrRaise, NestsTheTextsOfAllLevelsOfAFailingCall) {
   WithStandIns([](StoodIn&) {
-    const ErrorState raised = ErrorOf([] {
-      Handled("Outer", [] { Handled("Inner", [] { throw Error(13, "Source", "bad"); }); });
-    });
+    const ErrorState raised =
+        ErrorOf([] { Handled("Outer", [] { Handled("Inner", [] { throw Error(13, "Source", "bad"); }); }); });
     EXPECT_EQ(raised.description,
               "\r\nERROR 0xD\r\n METHOD: Outer\r\n DESC: "
               "\r\nERROR 0xD\r\n METHOD: Inner\r\n DESC: bad.\r\n"
@@ -107,7 +109,8 @@ TEST(ErrRaise, WithoutAnErrorWritesANoteAndReturns) {
     Err_Raise("M", "i");
     ASSERT_EQ(test.Record().log.size(), 1U);
     EXPECT_EQ(test.Record().log[0].source, "M");
-    EXPECT_EQ(test.Record().log[0].text, "\r\nERROR 0x0\r\n METHOD: M\r\n DESC: Not an actual error.\r\n INFO: i.\r\n");
+    EXPECT_EQ(test.Record().log[0].text,
+              "\r\nERROR 0x0\r\n METHOD: M\r\n DESC: Not an actual error.\r\n INFO: i.\r\n");
     EXPECT_EQ(PendingError().number, 0);
   });
 }
@@ -191,7 +194,8 @@ TEST(ErrMapDatabaseError, GivesTheNumbersByWhichCallersTellFailures) {
         {"INSERT INTO T (A) VALUES (2)", "any", -2147216503},
         {"DELETE FROM T", "conflict in FK_ACCOUNTINGRULE_LEDGERACCOUNT", -2147216494},
         {"DELETE FROM T", "conflict in FK_REQUISITIONLINE_LEDGERACCOUNT", -2147216493},
-        {"DELETE FROM T", "FK_REQUISITIONLINE_LEDGERACCOUNT and FK_ACCOUNTINGRULE_LEDGERACCOUNT", -2147216494},
+        {"DELETE FROM T", "FK_REQUISITIONLINE_LEDGERACCOUNT and FK_ACCOUNTINGRULE_LEDGERACCOUNT",
+         -2147216494},
         {"DELETE FROM T", "another constraint", 77},
         {"SELECT * FROM NOWHERE", "FK_ACCOUNTINGRULE_LEDGERACCOUNT", 77},
     };

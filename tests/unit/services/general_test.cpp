@@ -19,9 +19,9 @@ using automation::TransactionContext;
 using automation::Variant;
 using Lib_General::Gen_CloseConnection;
 using Lib_General::gen_getComponent;
-using Lib_General::getConnection;
 using Lib_General::Gen_GetConnectionString;
 using Lib_General::Gen_GetI18N;
+using Lib_General::getConnection;
 using platform::database::ObjectState;
 
 // The configuration, with values that a test sets; counts how often it is asked.
@@ -35,11 +35,15 @@ class SettableConfiguration final : public automation::Object {
     int created = 0;
     std::vector<std::string> calls;
   };
-  explicit SettableConfiguration(std::shared_ptr<Values> values) : values_(std::move(values)) { ++values_->created; }
+  explicit SettableConfiguration(std::shared_ptr<Values> values) : values_(std::move(values)) {
+    ++values_->created;
+  }
 
-  TALVEX_METHOD(void, SelectApplication, (const std::string& name, std::int32_t mode), "Keeps the arguments.");
+  TALVEX_METHOD(void, SelectApplication, (const std::string& name, std::int32_t mode),
+                "Keeps the arguments.");
   TALVEX_METHOD(std::string, Value, (const std::string& section, const std::string& key), "A value.");
-  TALVEX_METHOD(std::shared_ptr<automation::Dictionary>, ApplicationEntries, (const std::string& name), "One entry.");
+  TALVEX_METHOD(std::shared_ptr<automation::Dictionary>, ApplicationEntries, (const std::string& name),
+                "One entry.");
   TALVEX_METHOD(void, Load, (const std::string& path), "Keeps the path.");
   TALVEX_READONLY(std::string, ConfigDir, "ConfigDir", "A directory.");
 
@@ -69,7 +73,8 @@ void SettableConfiguration::Load(const std::string& path) { values_->calls.push_
 
 std::string SettableConfiguration::ConfigDir() const { return "C:\\site"; }
 
-std::shared_ptr<SettableConfiguration::Values> SetConfiguration(StoodIn& test, const std::string& connection_string) {
+std::shared_ptr<SettableConfiguration::Values> SetConfiguration(StoodIn& test,
+                                                                const std::string& connection_string) {
   auto values = std::make_shared<SettableConfiguration::Values>();
   values->connection_string = connection_string;
   test.Environment().classes->Register(SettableConfiguration::Info(),
@@ -80,14 +85,16 @@ std::shared_ptr<SettableConfiguration::Values> SetConfiguration(StoodIn& test, c
 std::string DatabaseOf(StoodIn& test) { return "Driver=SQLite;Database=" + test.Site().DatabasePath(); }
 
 TEST(GenGetComponent, CreatesDirectlyOutsideATransaction) {
-  WithStandIns([](StoodIn&) { EXPECT_EQ(gen_getComponent("talvex.budgett")->Class().Name(), "Talvex.BudgetT"); });
+  WithStandIns(
+      [](StoodIn&) { EXPECT_EQ(gen_getComponent("talvex.budgett")->Class().Name(), "Talvex.BudgetT"); });
 }
 
 TEST(GenGetComponent, CreatesThroughTheContextInsideATransaction) {
   WithStandIns([](StoodIn& test) {
     // A registry that only the context knows.
     automation::ClassRegistry of_context = *test.Environment().classes;
-    of_context.Register("Only.Here", automation::Dictionary::Info(), [] { return std::make_shared<automation::Dictionary>(); });
+    of_context.Register("Only.Here", automation::Dictionary::Info(),
+                        [] { return std::make_shared<automation::Dictionary>(); });
     const TransactionContext context(of_context);
     EXPECT_NE(gen_getComponent("Only.Here"), nullptr);
   });
@@ -97,9 +104,11 @@ TEST(GenGetComponent, NamesTheClassThatItFailedToCreate) {
   WithStandIns([](StoodIn& test) {
     const ErrorState raised = ErrorOf([] { static_cast<void>(gen_getComponent("No.Such")); });
     EXPECT_EQ(raised.number, 429);
-    EXPECT_TRUE(raised.description.starts_with("\r\nERROR 0x1AD\r\n METHOD: Lib_General.gen_getComponent\r\n"))
+    EXPECT_TRUE(
+        raised.description.starts_with("\r\nERROR 0x1AD\r\n METHOD: Lib_General.gen_getComponent\r\n"))
         << raised.description;
-    EXPECT_TRUE(raised.description.ends_with(" INFO: Failed to create a component with PROGID 'No.Such'.\r\n"))
+    EXPECT_TRUE(
+        raised.description.ends_with(" INFO: Failed to create a component with PROGID 'No.Such'.\r\n"))
         << raised.description;
     EXPECT_EQ(test.Record().log.size(), 1U);
   });
@@ -117,7 +126,8 @@ TEST(GetConnection, IsOpenAndAsksForReadCommitted) {
     EXPECT_EQ(connection->State(), ObjectState::Open);
     EXPECT_EQ(connection->IsolationLevel, 4096);
     EXPECT_EQ(values->calls,
-              (std::vector<std::string>{"SelectApplication Vantor 0", "Value CONNECTIONS VantorConnection_ConnectionString"}));
+              (std::vector<std::string>{"SelectApplication Vantor 0",
+                                        "Value CONNECTIONS VantorConnection_ConnectionString"}));
   });
 }
 
@@ -155,7 +165,8 @@ TEST(GetConnection, FailsUnderTheNameThatIsKeptForIt) {
   WithStandIns([](StoodIn& test) {
     SetConfiguration(test, "Driver=SQLite;Database=/nowhere/talvex.db;PWD=secret");
     const ErrorState raised = ErrorOf([] { static_cast<void>(getConnection()); });
-    EXPECT_NE(raised.description.find(" METHOD: Quorrin.RequisitionUtilities.getConnection\r\n"), std::string::npos);
+    EXPECT_NE(raised.description.find(" METHOD: Quorrin.RequisitionUtilities.getConnection\r\n"),
+              std::string::npos);
     EXPECT_EQ(raised.description.find("INFO:"), std::string::npos);
     EXPECT_EQ(raised.description.find("secret"), std::string::npos);
     for (const LogEntry& entry : test.Record().log) EXPECT_EQ(entry.text.find("secret"), std::string::npos);
@@ -235,9 +246,10 @@ TEST(UlCreateUo, OpensTheUserWithWhatTheSiteConfigurationGives) {
       const auto values = SetConfiguration(test, "");
       values->root = row.root;
       static_cast<void>(Lib_UserLib::UL_CreateUO("anna"));
-      EXPECT_EQ(values->calls, (std::vector<std::string>{"ApplicationEntries Vantor", "Load C:\\site\\siteconfiguration.xml",
-                                                         "Value MEMBERSHIP MemScriptUser", "Value MEMBERSHIP MemScriptCode",
-                                                         "Value MEMBERSHIP LDAPRoot"}));
+      EXPECT_EQ(values->calls,
+                (std::vector<std::string>{"ApplicationEntries Vantor", "Load C:\\site\\siteconfiguration.xml",
+                                          "Value MEMBERSHIP MemScriptUser", "Value MEMBERSHIP MemScriptCode",
+                                          "Value MEMBERSHIP LDAPRoot"}));
       EXPECT_EQ(test.Record().calls,
                 (std::vector<std::string>{"Initialise C:\\site\\siteconfiguration.xml", row.open}));
     });
@@ -276,7 +288,8 @@ TEST(GenGetI18N, CreatesTheUserOnceForTwoCallsInARow) {
 TEST(GenGetI18N, CreatesAUserAnewAfterAnotherOne) {
   WithStandIns([](StoodIn& test) {
     test.Replace<RecordingUser>();
-    for (const auto* user : {"anna", "nadine", "anna", "Anna"}) static_cast<void>(Gen_GetI18N(user, "SLBBU0240"));
+    for (const auto* user : {"anna", "nadine", "anna", "Anna"})
+      static_cast<void>(Gen_GetI18N(user, "SLBBU0240"));
     EXPECT_EQ(UsersOpened(test), 4U);
   });
 }
@@ -293,7 +306,8 @@ TEST(GenGetI18N, ABlankLabelIsAnEmptyTextWithoutAUser) {
 TEST(GenGetI18N, SaysWhichLabelOfWhichUserIsNotKnownOutsideAHost) {
   WithStandIns([](StoodIn& test) {
     test.Replace<RecordingUser>();
-    EXPECT_EQ(Gen_GetI18N("anna", "O'NO"), "Label or Locale not known for user:anna locale: 1033 Message Code: O'NO");
+    EXPECT_EQ(Gen_GetI18N("anna", "O'NO"),
+              "Label or Locale not known for user:anna locale: 1033 Message Code: O'NO");
   });
 }
 
@@ -311,7 +325,8 @@ TEST(GenGetI18N, FailsUnderItsName) {
     test.Replace<RecordingUser>();
     test.Record().fail_in = "Open";
     const ErrorState raised = ErrorOf([] { static_cast<void>(Gen_GetI18N("anna", "SLBBU0240")); });
-    EXPECT_TRUE(raised.description.starts_with("\r\nERROR 0x3E8\r\n METHOD: Lib_General.Gen_GetI18N\r\n DESC: \r\n"))
+    EXPECT_TRUE(
+        raised.description.starts_with("\r\nERROR 0x3E8\r\n METHOD: Lib_General.Gen_GetI18N\r\n DESC: \r\n"))
         << raised.description;
   });
 }

@@ -28,7 +28,8 @@ void TwoBudgets(StoodIn& test) {
   test.Site().Sql("INSERT INTO BUDGET (BUDGETCODE, BUDGETTYPE) VALUES ('B', 2)");
 }
 
-std::string TraceOf(const std::string& method, const std::string& description, const std::string& information) {
+std::string TraceOf(const std::string& method, const std::string& description,
+                    const std::string& information) {
   return "\r\nERROR 0x80040E14\r\n METHOD: " + method + "\r\n DESC: " + description + ".\r\n" +
          (information.empty() ? "" : " INFO: " + information + ".\r\n");
 }
@@ -45,7 +46,8 @@ TEST(SqlExecuteSql, RunsAStatementAndClosesItsConnection) {
 TEST(SqlExecuteSql, NamesTheStatementThatFailed) {
   WithStandIns([](StoodIn&) {
     const ErrorState raised = ErrorOf([] { Sql_ExecuteSQL("DELETE FROM NOWHERE"); });
-    EXPECT_EQ(raised.description, TraceOf("Lib_SQL.Sql_ExecuteSQL", "no such table: NOWHERE", "Executing: DELETE FROM NOWHERE"));
+    EXPECT_EQ(raised.description,
+              TraceOf("Lib_SQL.Sql_ExecuteSQL", "no such table: NOWHERE", "Executing: DELETE FROM NOWHERE"));
   });
 }
 
@@ -74,9 +76,12 @@ TEST(SqlGetDisconnectedRecordset, LeavesAConnectionThatItWasGivenOpen) {
 TEST(SqlGetDisconnectedRecordset, PutsTheProviderErrorsBeforeTheStatement) {
   WithStandIns([](StoodIn&) {
     const std::string information =
-        "Error(s) from connection object:  (1)no such table: NOWHERE[-2147217900] executing: 'SELECT * FROM NOWHERE'";
-    const ErrorState raised = ErrorOf([] { static_cast<void>(Sql_GetDisconnectedRecordset("SELECT * FROM NOWHERE", nullptr)); });
-    EXPECT_EQ(raised.description, TraceOf("Lib_SQL.Sql_GetDisconnectedRecordset", "no such table: NOWHERE", information));
+        "Error(s) from connection object:  (1)no such table: NOWHERE[-2147217900] executing: 'SELECT * FROM "
+        "NOWHERE'";
+    const ErrorState raised =
+        ErrorOf([] { static_cast<void>(Sql_GetDisconnectedRecordset("SELECT * FROM NOWHERE", nullptr)); });
+    EXPECT_EQ(raised.description,
+              TraceOf("Lib_SQL.Sql_GetDisconnectedRecordset", "no such table: NOWHERE", information));
   });
 }
 
@@ -107,7 +112,8 @@ struct FailureRow {
 
 TEST(LibSql, EveryOpeningProcedureFailsUnderItsName) {
   const std::string sql = "SELECT * FROM NOWHERE";
-  const std::string information = "Error(s) from connection object:  (1)no such table: NOWHERE[-2147217900] executing: '" + sql + "'";
+  const std::string information =
+      "Error(s) from connection object:  (1)no such table: NOWHERE[-2147217900] executing: '" + sql + "'";
   const FailureRow rows[] = {
       {"Lib_SQL.Sql_GetReadonlyRecordset",
        [&](const auto& connection) { static_cast<void>(Sql_GetReadonlyRecordset(sql, connection)); }},
@@ -176,11 +182,11 @@ TEST(SqlGetRecordsAsDictionary, AKeyThatComesTwiceFailsWithTheStatementInTheMeth
   WithStandIns([](StoodIn& test) {
     TwoBudgets(test);
     const std::string sql = "SELECT 'same', BUDGETCODE FROM BUDGET";
-    const ErrorState raised =
-        ErrorOf([&] { static_cast<void>(Sql_GetRecordsAsDictionary(sql, Lib_General::Gen_GetConnectionString())); });
+    const ErrorState raised = ErrorOf(
+        [&] { static_cast<void>(Sql_GetRecordsAsDictionary(sql, Lib_General::Gen_GetConnectionString())); });
     EXPECT_EQ(raised.number, 457);
-    EXPECT_TRUE(raised.description.starts_with("\r\nERROR 0x1C9\r\n METHOD: Lib_SQL.Sql_GetRecordsAsDictionary. SQL: '" +
-                                               sql + "'\r\n DESC: "))
+    EXPECT_TRUE(raised.description.starts_with(
+        "\r\nERROR 0x1C9\r\n METHOD: Lib_SQL.Sql_GetRecordsAsDictionary. SQL: '" + sql + "'\r\n DESC: "))
         << raised.description;
     EXPECT_EQ(raised.description.find("INFO:"), std::string::npos);
   });
@@ -205,8 +211,10 @@ TEST(SqlGetRecords, FailsWithTheStatementInItsMethodNameVotesAbortAndClosesTheCo
     auto connection = Lib_General::getConnection();
     const auto kept = connection;
     const std::string sql = "SELECT 'same' AS K, BUDGETCODE FROM BUDGET";
-    const ErrorState raised = ErrorOf([&] { static_cast<void>(Sql_getRecords(connection, sql, "K", "BUDGETCODE")); });
-    EXPECT_TRUE(raised.description.starts_with("\r\nERROR 0x1C9\r\n METHOD: Lib_Sql.Sql_getRecords SQL:" + sql + "\r\n"))
+    const ErrorState raised =
+        ErrorOf([&] { static_cast<void>(Sql_getRecords(connection, sql, "K", "BUDGETCODE")); });
+    EXPECT_TRUE(raised.description.starts_with(
+        "\r\nERROR 0x1C9\r\n METHOD: Lib_Sql.Sql_getRecords SQL:" + sql + "\r\n"))
         << raised.description;
     EXPECT_EQ(kept->State(), ObjectState::Closed);
     EXPECT_TRUE(context->Aborted());
