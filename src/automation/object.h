@@ -45,7 +45,7 @@ class Object : public std::enable_shared_from_this<Object> {
       return Invoke(method, {});
     } else {
       std::array<Variant, sizeof...(Values)> copies;
-      std::array<Variant*, sizeof...(Values)> pointers;
+      std::array<Variant*, sizeof...(Values)> pointers{};
       std::size_t next = 0;
       const auto place = [&]<class Value>(Value&& value) {
         if constexpr (std::is_same_v<Value, Variant&>) {

@@ -1,4 +1,4 @@
-"""Processes that post to one line at the same time: each posting is in the total or reported as a conflict."""
+"""Processes that post to one line at the same time: each posting is in the total or told as a conflict."""
 
 import json
 import os
@@ -23,7 +23,7 @@ class Gateway:
         )
         self.next_id = 0
 
-    def call(self, method, **params):
+    def call(self, method, /, **params):
         self.next_id += 1
         message = {"jsonrpc": "2.0", "id": self.next_id, "method": method, "params": params}
         self.process.stdin.write(json.dumps(message).encode() + b"\n")

@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 
+#include "support/error_of.h"
 #include "support/stand_ins.h"
 #include "support/test_installation.h"
 
@@ -42,17 +43,6 @@ inline void WithStandIns(const std::function<void(StoodIn&)>& body) {
     StoodIn stood_in;
     body(stood_in);
   });
-}
-
-// The error that a call raises; a test failure and an error without a number when it raises none.
-inline automation::ErrorState ErrorOf(const std::function<void()>& call) {
-  try {
-    call();
-  } catch (const automation::Error& error) {
-    return error.State();
-  }
-  ADD_FAILURE() << "no error was raised";
-  return {};
 }
 
 }  // namespace talvex::test

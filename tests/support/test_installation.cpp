@@ -1,8 +1,6 @@
 #include "support/test_installation.h"
 
-#include <unistd.h>
 #include <algorithm>
-#include <atomic>
 #include <exception>
 #include <filesystem>
 #include <fstream>
@@ -68,22 +66,9 @@ void OnOwnThread(const std::function<void()>& body) {
   if (failure) std::rethrow_exception(failure);
 }
 
-TemporaryDirectory::TemporaryDirectory() {
-  static std::atomic<int> next = 0;
-  const auto name = "talvex-test-" + std::to_string(::getpid()) + "-" + std::to_string(next++);
-  path_ = (fs::temp_directory_path() / name).string();
-  fs::create_directory(path_);
-}
-
-TemporaryDirectory::~TemporaryDirectory() {
-  std::error_code ignored;
-  fs::remove_all(path_, ignored);
-}
-
 TestInstallation::TestInstallation(bool with_sample, const std::string& now) {
-  host::MakeInstallation(directory_.Path() + "/site", with_sample);
-  host_ =
-      std::make_unique<host::Host>(host::Settings{directory_.Path() + "/site", automation::Date::Parse(now)});
+  host::MakeInstallation(folder_.Path("site"), with_sample);
+  host_ = std::make_unique<host::Host>(host::Settings{folder_.Path("site"), automation::Date::Parse(now)});
   environment_ = std::make_unique<platform::Environment::ForThread>(host_->Environment());
 }
 

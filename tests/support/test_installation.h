@@ -8,25 +8,13 @@
 
 #include "automation/variant.h"
 #include "host/host.h"
+#include "support/temporary_folder.h"
 
 namespace talvex::test {
 
 // Runs the body on a thread of its own, as the component's caches live as long as their thread, and raises
 // what it raises.
 void OnOwnThread(const std::function<void()>& body);
-
-// A directory that vanishes with the object.
-class TemporaryDirectory {
- public:
-  TemporaryDirectory();
-  ~TemporaryDirectory();
-  TemporaryDirectory(const TemporaryDirectory&) = delete;
-  TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
-  [[nodiscard]] const std::string& Path() const noexcept { return path_; }
-
- private:
-  std::string path_;
-};
 
 // One mail, as it stands in the outbox.
 struct Mail {
@@ -43,9 +31,7 @@ class TestInstallation {
   explicit TestInstallation(bool with_sample = false, const std::string& now = "2026-03-16T10:00:00");
 
   [[nodiscard]] const host::Host& Host() const noexcept { return *host_; }
-  [[nodiscard]] std::string Path(const std::string& name) const {
-    return directory_.Path() + "/site/" + name;
-  }
+  [[nodiscard]] std::string Path(const std::string& name) const { return folder_.Path("site/" + name); }
   [[nodiscard]] std::string DatabasePath() const { return Path("talvex.db"); }
 
   // Runs one statement beside the component; inside a transaction of the thread, as part of it.
@@ -62,7 +48,7 @@ class TestInstallation {
   [[nodiscard]] std::vector<std::string> LogLines() const;
 
  private:
-  TemporaryDirectory directory_;
+  TemporaryFolder folder_;
   std::unique_ptr<host::Host> host_;
   std::unique_ptr<platform::Environment::ForThread> environment_;
 };

@@ -47,6 +47,7 @@ class RowSet {
   void RemoveLastRow();
 
  private:
+  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): a union is initialised by one of its members.
   struct Cell {
     automation::Kind kind = automation::Kind::Empty;
     std::uint32_t length = 0;

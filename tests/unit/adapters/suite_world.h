@@ -20,8 +20,13 @@
 
 #include "automation/error.h"
 #include "platform/environment.h"
+#include "support/error_of.h"
+#include "support/temporary_folder.h"
 
 namespace talvex::suite_test {
+
+using test::ErrorOf;
+using test::TemporaryFolder;
 
 inline constexpr std::string_view kDirectory = "/inst";
 
@@ -105,43 +110,6 @@ inline auto Failing(std::string_view failing_call) {
     throw automation::Error(automation::error_number::kFileAccess, "Test.Files", "No access to " + path);
   };
 }
-
-// The error that a step raises; a state with number 0 when it raises none.
-inline automation::ErrorState ErrorOf(const std::function<void()>& step) {
-  try {
-    step();
-  } catch (const automation::Error& error) {
-    return error.State();
-  }
-  return {};
-}
-
-// A folder on disk that goes away with the object.
-class TemporaryFolder {
- public:
-  TemporaryFolder() : path_(std::filesystem::temp_directory_path() / Name()) {
-    std::filesystem::create_directories(path_);
-  }
-  ~TemporaryFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-  }
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-  [[nodiscard]] std::string Path(const std::string& name) const { return (path_ / name).string(); }
-  std::string Write(const std::string& name, std::string_view text) const {
-    std::ofstream(Path(name), std::ios::binary) << text;
-    return Path(name);
-  }
-
- private:
-  static std::string Name() {
-    std::random_device random;
-    return "talvex_suite_test_" + std::to_string(random()) + "_" + std::to_string(random());
-  }
-  std::filesystem::path path_;
-};
 
 // What a Python program writes as JSON when it is given an input file; an empty object when it fails.
 inline nlohmann::json Python(const std::string& program, std::string_view input) {

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "unit/automation/error_of.h"
+#include "support/error_of.h"
 #include "unit/automation/sample_class.h"
 
 namespace talvex::automation {

@@ -8,12 +8,12 @@
 
 #include "automation/collection.h"
 #include "automation/dictionary.h"
-#include "unit/automation/error_of.h"
+#include "support/error_of.h"
 
 namespace talvex::automation {
 namespace {
 
-using automation_test::ErrorOf;
+using test::ErrorOf;
 
 TEST(ClassRegistry, CreatesANewObjectEachTimeByNameWithoutCase) {
   ClassRegistry classes;

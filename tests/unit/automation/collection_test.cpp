@@ -7,13 +7,13 @@
 #include <gtest/gtest.h>
 
 #include "automation/dictionary.h"
-#include "unit/automation/error_of.h"
+#include "support/error_of.h"
 
 namespace talvex::automation {
 namespace {
 
-using automation_test::ErrorNumberOf;
-using automation_test::ErrorOf;
+using test::ErrorNumberOf;
+using test::ErrorOf;
 
 // "a", "b" without a key, "c": each under its capital, but for "b".
 void Fill(Collection& collection) {

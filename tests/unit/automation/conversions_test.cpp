@@ -12,12 +12,12 @@
 
 #include "automation/decimal.h"
 #include "automation/dictionary.h"
-#include "unit/automation/error_of.h"
+#include "support/error_of.h"
 
 namespace talvex::automation {
 namespace {
 
-using automation_test::ErrorOf;
+using test::ErrorOf;
 
 constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
 constexpr std::int32_t kLeast = std::numeric_limits<std::int32_t>::min();

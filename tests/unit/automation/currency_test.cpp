@@ -11,12 +11,12 @@
 
 #include <gtest/gtest.h>
 
-#include "unit/automation/error_of.h"
+#include "support/error_of.h"
 
 namespace talvex::automation {
 namespace {
 
-using automation_test::ErrorNumberOf;
+using test::ErrorNumberOf;
 
 __extension__ using Wide = __int128;
 

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "unit/automation/error_of.h"
+#include "support/error_of.h"
 
 namespace talvex::automation {
 namespace {
@@ -76,7 +76,7 @@ TEST(Date, RefusesWhatDoesNotExist) {
         << row.year << "-" << row.month << "-" << row.day << " " << row.hour << ":" << row.minute << ":"
         << row.second;
     EXPECT_EQ(
-        automation_test::ErrorNumberOf([&] {
+        test::ErrorNumberOf([&] {
           static_cast<void>(Date::Civil(row.year, row.month, row.day, row.hour, row.minute, row.second));
         }),
         5);

@@ -12,7 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "automation/text.h"
-#include "unit/automation/error_of.h"
+#include "support/error_of.h"
 
 namespace talvex::automation {
 namespace {
@@ -157,8 +157,8 @@ TEST(Round, LeavesWhatIsNotFiniteAndRefusesNegativePlaces) {
   EXPECT_TRUE(std::isnan(Round(std::nan(""), 2)));
   EXPECT_EQ(Round(HUGE_VAL, 2), HUGE_VAL);
   EXPECT_EQ(Round(-HUGE_VAL, 0), -HUGE_VAL);
-  EXPECT_EQ(automation_test::ErrorNumberOf([] { static_cast<void>(Round(1.5, -1)); }), 5);
-  EXPECT_EQ(automation_test::ErrorNumberOf([] { static_cast<void>(Round(1, -1)); }), 5);
+  EXPECT_EQ(test::ErrorNumberOf([] { static_cast<void>(Round(1.5, -1)); }), 5);
+  EXPECT_EQ(test::ErrorNumberOf([] { static_cast<void>(Round(1, -1)); }), 5);
 }
 
 TEST(Decimal, HoldsFifteenDigits) {

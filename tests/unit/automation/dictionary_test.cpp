@@ -9,13 +9,13 @@
 
 #include <gtest/gtest.h>
 
-#include "unit/automation/error_of.h"
+#include "support/error_of.h"
 
 namespace talvex::automation {
 namespace {
 
-using automation_test::ErrorNumberOf;
-using automation_test::ErrorOf;
+using test::ErrorNumberOf;
+using test::ErrorOf;
 
 std::vector<Variant> Texts(const std::vector<std::string>& texts) { return {texts.begin(), texts.end()}; }
 

@@ -7,17 +7,17 @@
 #include <gtest/gtest.h>
 
 #include "automation/class_info.h"
-#include "unit/automation/error_of.h"
+#include "support/error_of.h"
 #include "unit/automation/sample_class.h"
 
 namespace talvex::automation {
 namespace {
 
-using automation_test::ErrorNumberOf;
-using automation_test::ErrorOf;
 using automation_test::Sample;
 using automation_test::Shade;
 using automation_test::Stranger;
+using test::ErrorNumberOf;
+using test::ErrorOf;
 
 class LateBoundCall : public ::testing::Test {
  protected:

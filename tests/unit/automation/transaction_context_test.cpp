@@ -8,13 +8,13 @@
 #include <gtest/gtest.h>
 
 #include "automation/dictionary.h"
-#include "unit/automation/error_of.h"
+#include "support/error_of.h"
 
 namespace talvex::automation {
 namespace {
 
-using automation_test::ErrorNumberOf;
-using automation_test::ErrorOf;
+using test::ErrorNumberOf;
+using test::ErrorOf;
 
 using Journal = std::vector<std::string>;
 

@@ -10,12 +10,12 @@
 #include <gtest/gtest.h>
 
 #include "automation/dictionary.h"
-#include "unit/automation/error_of.h"
+#include "support/error_of.h"
 
 namespace talvex::automation {
 namespace {
 
-using automation_test::ErrorOf;
+using test::ErrorOf;
 
 struct Sample {
   Variant value;
