@@ -14,7 +14,8 @@ class Examples(SampleTest):
     def post(self, budget, amount):
         program = SOURCE_DIR / "examples" / "post_through_gateway.py"
         return subprocess.run([sys.executable, program, PROGRAM, self.site, budget, amount],
-                              env=environment(), encoding="utf-8", check=False, capture_output=True, timeout=60)
+                              env=environment(), encoding="utf-8", check=False,
+                              capture_output=True, timeout=60)
 
     def test_a_posting_through_the_gateway_is_kept(self):
         before = self.approved()
