@@ -21,7 +21,8 @@ class GatewayTest(SampleTest):
 
     def tearDown(self):
         self.gateway.communicate(timeout=60)
-        self.assertEqual(self.gateway.returncode, 0, "the gateway must outlive everything that a client sends")
+        self.assertEqual(self.gateway.returncode, 0,
+                         "the gateway must outlive everything that a client sends")
         super().tearDown()
 
     def send(self, line):
@@ -169,9 +170,11 @@ class Values(GatewayTest):
         dictionary = self.create("Platform.Dictionary")
         for number, value in enumerate((
             None, {"$empty": True}, True, False, 0, -2147483648, 2147483647, 2147483648.0, 0.1, 1e-300, 1.5,
-            "", "Büro 東京", "a\"b\\c\r\n\t", LINE, {"$date": "2026-11-21T14:30:05"}, {"$currency": "12.3400"}, {"$currency": "-0.0001"},
+            "", "Büro 東京", "a\"b\\c\r\n\t", LINE, {"$date": "2026-11-21T14:30:05"},
+            {"$currency": "12.3400"}, {"$currency": "-0.0001"},
             {"$currency": "922337203685477.5807"}, [], [1, [None, "x"], {"$currency": "1.0000"}],
-            {"$dictionary": [["b", 1], ["a", {"$dictionary": []}]]}, {"$collection": [["k", 1], [None, LINE]]},
+            {"$dictionary": [["b", 1], ["a", {"$dictionary": []}]]}, {"$collection": [["k", 1], [None,
+                                                                                                 LINE]]},
             {"$object": dictionary},  # It then holds itself, and can only be named.
         )):
             with self.subTest(value=value):
@@ -184,8 +187,10 @@ class Values(GatewayTest):
         dictionary = self.create("Platform.Dictionary")
         for value, word in (
             ({"$date": "2026-02-30"}, "2026-02-30"), ({"$date": "3/15/2026"}, "3/15/2026"),
-            ({"$currency": "1.00001"}, "1.00001"), ({"$currency": "922337203685477.5808"}, "5808"), ({"$currency": 1}, "1"), ({"$object": 99}, "99"),
-            ({"$what": 1}, "$what"), ({}, "{}"), ({"a": 1}, "a"), ({"$dictionary": [["a", 1], ["a", 2]]}, "a"),
+            ({"$currency": "1.00001"}, "1.00001"), ({"$currency": "922337203685477.5808"}, "5808"),
+            ({"$currency": 1}, "1"), ({"$object": 99}, "99"),
+            ({"$what": 1}, "$what"), ({}, "{}"), ({"a": 1}, "a"), ({"$dictionary": [["a", 1], ["a", 2]]},
+                                                                   "a"),
             ({"$empty": False}, "false"),
         ):
             with self.subTest(value=value):
@@ -221,7 +226,8 @@ class Protocol(GatewayTest):
             (b"{", -32700), (b"nonsense", -32700), (b"\xff\xfe", -32700),
             (b'{"jsonrpc":"2.0","id":1,"method":"get","params":1e999}', -32700),
             (b"[" * 100000, -32700), (b"[]", -32600), (b"1", -32600), (b'{"id":1}', -32600),
-            (b'{"jsonrpc":"1.0","id":1,"method":"begin"}', -32600), (b'{"jsonrpc":"2.0","id":1,"method":5}', -32600),
+            (b'{"jsonrpc":"1.0","id":1,"method":"begin"}', -32600),
+            (b'{"jsonrpc":"2.0","id":1,"method":5}', -32600),
             (b'{"jsonrpc":"2.0","id":1,"method":"jump"}', -32601),
             (b'{"jsonrpc":"2.0","id":1,"method":"create"}', -32602),
             (b'{"jsonrpc":"2.0","id":1,"method":"create","params":{"class":1}}', -32602),
@@ -236,7 +242,8 @@ class Protocol(GatewayTest):
         self.assertEqual(self.result("end"), {"outcome": "committed"})
 
     def test_a_batch_is_answered_as_an_array(self):
-        answers = self.send(b'[{"jsonrpc":"2.0","id":"a","method":"begin"},{"jsonrpc":"2.0","method":"rollback"},1,'
+        answers = self.send(b'[{"jsonrpc":"2.0","id":"a","method":"begin"},'
+                            b'{"jsonrpc":"2.0","method":"rollback"},1,'
                             b'{"jsonrpc":"2.0","id":null,"method":"begin"}]')
         self.assertEqual([answer.get("id") for answer in answers], ["a", None, None])
         self.assertEqual([("result" in answer) for answer in answers], [True, False, True])
