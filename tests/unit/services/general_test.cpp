@@ -230,6 +230,7 @@ TEST(GenQuoteSQL, EscapesApostrophesAndPercentSigns) {
   EXPECT_EQ(Lib_General::Gen_QuoteSQL("'%'"), "''[%]''");
   EXPECT_EQ(Lib_General::Gen_QuoteSQL(""), "");
   EXPECT_EQ(Lib_General::Gen_QuoteSQL(12), "12");
+  EXPECT_EQ(ErrorNumberOf([] { static_cast<void>(Lib_General::Gen_QuoteSQL(kNull)); }), 94);
 }
 
 struct RootRow {
