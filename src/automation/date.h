@@ -56,6 +56,7 @@ class Date {
   // "2026-03-15T14:30:05".
   [[nodiscard]] std::string ToIso() const;
 
+  // NOLINTNEXTLINE(modernize-use-nullptr): the 0 that a comparison is held against is no pointer.
   friend auto operator<=>(const Date&, const Date&) = default;
 
  private:

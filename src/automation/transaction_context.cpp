@@ -75,7 +75,7 @@ void TransactionContext::Rollback() noexcept {
 }
 
 void TransactionContext::Finish(bool committed) noexcept {
-  // A callback may register another one, which moves them all.
+  // A callback may register another one, which moves them all. NOLINTNEXTLINE(modernize-loop-convert)
   for (std::size_t i = 0; i < callbacks_.size(); ++i) {
     const auto callback = std::move(callbacks_[i]);
     callback(committed);

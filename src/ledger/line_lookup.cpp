@@ -20,7 +20,7 @@ Variant BudgetT::GetBudgetLine(const std::string& iBudgetCode, automation::Date&
         connection->Execute("SELECT ID FROM BUDGETLINES WHERE BUDGETCODE=" + TextLiteral(iBudgetCode) +
                                 " and STARTDATE<=" + date + " AND (ENDDATE>=" + date + " OR ENDDATE IS NULL)",
                             nullptr, platform::database::kOptionsUnspecified);
-    const Variant line_id = lines->Eof() ? Variant(automation::kNull) : lines->Value("ID");
+    Variant line_id = lines->Eof() ? Variant(automation::kNull) : lines->Value("ID");
     Lib_SQL::CloseRecordset(lines);
     return line_id;
   });

@@ -29,9 +29,9 @@ using platform::suite::CurrencyConverter;
 // What is posted, the same for every budget of the walk: each converts it into its own currency.
 struct Posting {
   Date date;
-  double amount;
+  double amount = 0;
   const std::string& currency_code;
-  TalvexType type;
+  TalvexType type = TalvexType::Approved;
 };
 
 namespace {

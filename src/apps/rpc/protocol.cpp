@@ -54,7 +54,7 @@ bool IsId(const Json& id) { return id.is_string() || id.is_number() || id.is_nul
 // What makes the message no request; the empty text when it is one.
 std::string_view FaultOf(const Json& message) {
   if (!message.is_object()) return "a request is an object";
-  if (MemberOf(message, "jsonrpc") != "2.0") return "\"jsonrpc\" must be \"2.0\"";
+  if (MemberOf(message, "jsonrpc") != "2.0") return R"("jsonrpc" must be "2.0")";
   if (!MemberOf(message, "method").is_string()) return "\"method\" must be a text";
   if (message.contains("params") && !message["params"].is_structured()) {
     return "\"params\" must be an object or an array";

@@ -32,6 +32,7 @@ class ColumnIndex {
   struct Entry {
     std::size_t hash;
     std::size_t row;
+    // NOLINTNEXTLINE(modernize-use-nullptr): the 0 that a comparison is held against is no pointer.
     friend auto operator<=>(const Entry&, const Entry&) = default;
   };
   [[nodiscard]] std::span<const Entry> EntriesWith(std::size_t hash) const;

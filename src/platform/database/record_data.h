@@ -22,7 +22,7 @@ using ColumnValues = std::vector<std::optional<automation::Variant>>;
 // A change of one row, ready to be written.
 struct RowChange {
   struct Column {
-    std::size_t column;
+    std::size_t column = 0;
     automation::Variant before;  // Empty when only the database knows it.
     automation::Variant after;
   };
