@@ -30,4 +30,17 @@ std::vector<std::string> ClassRegistry::Names() const {
   return names;
 }
 
+std::vector<std::string> ClassRegistry::Implementing(std::string_view interface_name) const {
+  const std::string prefix = std::string(interface_name) + "_";
+  const auto is_member = [&](const Method& method) {
+    return SameFolded(std::string_view(method.name).substr(0, prefix.size()), prefix);
+  };
+  std::vector<std::string> names = Names();
+  std::erase_if(names, [&](const std::string& name) {
+    const std::vector<Method>& methods = Find(name)->Methods();
+    return std::none_of(methods.begin(), methods.end(), is_member);
+  });
+  return names;
+}
+
 }  // namespace talvex::automation

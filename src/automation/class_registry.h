@@ -34,6 +34,8 @@ class ClassRegistry {
   [[nodiscard]] const ClassInfo* Find(std::string_view name) const;
   // The registered names, in the order of the alphabet without regard to case.
   [[nodiscard]] std::vector<std::string> Names() const;
+  // Those of them that implement an interface: that publish its members as "Interface_Member". Same order.
+  [[nodiscard]] std::vector<std::string> Implementing(std::string_view interface_name) const;
 
  private:
   struct Entry {

@@ -1,11 +1,15 @@
 // The budget ledger.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "automation/class_info.h"
+#include "automation/collection.h"
+#include "automation/dictionary.h"
 #include "platform/database/recordset.h"
 #include "platform/suite.h"
 #include "types/talvex_types.h"
@@ -55,6 +59,149 @@ class BudgetT final : public automation::Object {
                 "budget holder when a warning step is crossed. Does not write the row: the caller updates "
                 "the record set.");
 
+  // Checks
+
+  TALVEX_METHOD(
+      void, CheckBudgetStructure,
+      (const std::string& iBudgetCode, automation::Date iDate, double iNewAmnt, std::string& iCurrencyCode,
+       std::shared_ptr<automation::Dictionary>& iBudgetHolders),
+      "Who must approve a new amount, in currency iCurrencyCode as of iDate: the holder of the budget, "
+      "and of every ancestor, that the amount would overspend or that always requires approval. Each "
+      "holder is added to iBudgetHolders once (a new dictionary when none is given) under the user's "
+      "id, with the code of the budget that was met first: the budget itself before its parents, a "
+      "parent's ancestors before the next parent. A budget without a line in force on the date, or "
+      "without a holder, needs no approval. Only reads. Raises 28 for a loop in the hierarchy.");
+
+  TALVEX_METHOD(
+      void, SimCheckBudgetStructure,
+      (const std::string& iBudgetCode, automation::Date iDate, double iNewAmnt, std::string& iCurrencyCode,
+       std::shared_ptr<automation::Dictionary>& iBudgetHolders),
+      "As CheckBudgetStructure, with the situation shown: the item of a holder is an array of the "
+      "budget's code, the amount that was available on its line before, and the new amount, both in "
+      "the budget's currency.");
+
+  // Selection
+
+  TALVEX_METHOD(
+      void, GetBudget,
+      (std::shared_ptr<automation::Collection> & iDBLinks, std::string& oBudgetCode,
+       const std::optional<automation::Variant>& iReqId),
+      "The standard budget that a requisition line is charged to, by the line's properties: office "
+      "(RequisitionRequisitionerOffice), charge type (RequisitionChargeType), and the properties that "
+      "the dimension types of the office name. The most specific match with a line in force today "
+      "wins; where several budgets match alike, the one whose line began first. oBudgetCode is the "
+      "empty text when no budget qualifies. A property that is missing raises 5. iReqId has no "
+      "influence. Only reads.");
+
+  TALVEX_METHOD(
+      std::shared_ptr<automation::Dictionary>, GetRelevantBudget,
+      (std::shared_ptr<automation::Collection> iDBLinks, std::string& iAdminOffice, std::string& iChargeType),
+      "Every standard budget with a line in force today that an office and a charge type can be "
+      "charged to, at any level of precision, the most specific first: codes as keys and items. The "
+      "dimension values are taken from the requisition's properties iDBLinks; one that is missing "
+      "raises 5. Only reads.");
+
+  // Maintenance. The lists hold column names and, at the same places, their values.
+
+  TALVEX_METHOD(
+      void, Insert, (const std::string& iBudgetCode, automation::Array& iFields, automation::Array& iValues),
+      "Adds a budget. An empty charge type, holder or office is stored as Null, a warning step rounded "
+      "to two decimals; both are changed in iValues too. A code in the lists is passed over. Writes "
+      "BUDGET. Raises -2147221497 when currency, holder or office is unknown; nothing is written then.");
+
+  TALVEX_METHOD(void, Update,
+                (const std::string& iBudgetCode, automation::Array& iFields, automation::Array& iValues),
+                "Changes a budget; otherwise as Insert. A budget that does not exist raises 3021.");
+
+  TALVEX_METHOD(
+      void, InsertLine,
+      (const std::string& iBudgetCode, std::int32_t iID, const automation::Array& iFields,
+       const automation::Array& iValues),
+      "Adds a line to a budget and computes what is available, which may mail the budget holder. The "
+      "database numbers the line: iID, and an ID in the lists, are passed over. A BUDGETCODE in the "
+      "lists goes before iBudgetCode. Writes BUDGETLINES.");
+
+  TALVEX_METHOD(void, UpdateLine,
+                (const std::string& iBudgetCode, std::int32_t iID, const automation::Array& iFields,
+                 const automation::Array& iValues),
+                "Changes a line and computes what is available, which may mail the budget holder. An ID or a "
+                "BUDGETCODE in the lists is passed over: a line never moves. Writes BUDGETLINES. A line that "
+                "does not exist raises 3021.");
+
+  TALVEX_METHOD(void, Delete, (const std::string& iBudgetCode),
+                "Deletes a budget, its lines, and its relations as parent and as child. Writes BUDGETLINES, "
+                "BUDGETRELATIONS and BUDGET. A budget that does not exist is no error.");
+
+  TALVEX_METHOD(
+      void, DeleteLine, (const std::string& iBudgetCode, std::int32_t iID),
+      "Deletes a line. Writes BUDGETLINES. Raises BudgetNotFound when the budget has no such line.");
+
+  TALVEX_METHOD(void, InsertDimension,
+                (const std::string& iOfficeDescription, const automation::Array& iFields,
+                 const automation::Array& iValues),
+                "Says what the dimensions of an office's budgets stand for. Writes BUDGETDIMENSIONTYPE.");
+
+  TALVEX_METHOD(
+      bool, IReferentialIntegrity_Exists,
+      (const automation::Array& iFields, const automation::Array& iValues),
+      "Whether the ledger holds a row with a value: of the first name that is BUDGETCODE, USERID, "
+      "CURRENCYCODE, OFFICEDESCRIPTION or CHARGETYPECODE; the names after it are not looked at. False "
+      "when there is no such name. Only reads.");
+
+  TALVEX_METHOD(bool, IReferentialIntegrity_BeforeDelete,
+                (const std::string& iEntity, const automation::Array& iFields,
+                 const automation::Array& iValues),
+                "Whether the ledger lets a record of another component be deleted: always.");
+
+  // Charge lines and charge types
+
+  TALVEX_METHOD(
+      std::int32_t, createchargeline, (automation::Array & iChargeFields, automation::Array& iChargeValues),
+      "Charges a requisition line to a budget: adds a row with the values under their column names. "
+      "The first four values are the requisition's number, the line's number, the office and the "
+      "budget. Returns 1; or 2 when the requisition line is charged to that office and budget "
+      "already: then all its charge lines are deleted and none is added. Writes CHARGELINES.");
+
+  TALVEX_METHOD(
+      void, UpdateChargeline,
+      (std::int32_t iReqId, std::int32_t iReqline, std::int32_t iRevId, automation::Array& iChargeadmin,
+       automation::Array& iChargebudget, automation::Array& iChargepercentage),
+      "Replaces the charge lines of a requisition line by a split: office, budget and percentage of "
+      "each share at the same place of the three lists. Place 0 is not used, a share whose office is "
+      "Empty is passed over. The percentages need not add up. Writes CHARGELINES.");
+
+  TALVEX_METHOD(void, DeleteChargeline, (std::int32_t iReqId, std::int32_t iReqline),
+                "Deletes the charge lines of a requisition line. Writes CHARGELINES.");
+
+  TALVEX_METHOD(
+      bool, DeleteChargeType, (const std::string& iChargeTypeCode),
+      "Deletes a charge type that nothing refers to; True. Writes CHARGETYPES. Raises -2147221497 for "
+      "one that is referred to and ChargeTypeNotFound for one that does not exist.");
+
+  TALVEX_METHOD(std::string, getLedgerAccount, (const std::string& iChargeTypeCode),
+                "The ledger account that is booked for a charge type; the empty text when the charge type is "
+                "unknown or has none. Only reads.");
+
+  TALVEX_METHOD(std::shared_ptr<automation::Dictionary>, GetAllChargeTypes, (),
+                "The codes of all charge types, as keys and items. Only reads.");
+
+  // Listings
+
+  TALVEX_METHOD(std::shared_ptr<automation::Dictionary>, GetAllBudgets, (std::string & iUserID),
+                "The codes of a holder's budgets, or, for a blank user, of all budgets, as keys and items in "
+                "ascending order. Only reads.");
+
+  TALVEX_METHOD(std::shared_ptr<automation::Dictionary>, GetAllStandardBudgets, (),
+                "The codes of all standard budgets, as keys and items. Only reads.");
+
+  TALVEX_METHOD(
+      std::shared_ptr<automation::Dictionary>, CheckClosedLoop,
+      (const std::string& iFromBudget, const std::string& iToBudget),
+      "The loops through the standard budgets of a range of codes, both ends included, as keys and "
+      "items: \"@@@A@@@C@@@A\" says that budget A is its own ancestor and that C stands right under "
+      "it; a longer loop is not listed whole. Budgets outside the range are walked through but not "
+      "reported. Only reads.");
+
  private:
   using RecordsetRef = std::shared_ptr<platform::database::Recordset>;
 
@@ -68,6 +215,28 @@ class BudgetT final : public automation::Object {
                                                       const std::string& currency_code,
                                                       const RecordsetRef& budget, double amount,
                                                       automation::Date date);
+
+  // Checks. The holder who must approve, or the empty text; the simulated check also gives what was available
+  // before and the new amount, both in the budget's currency.
+  static std::string CheckBudget(const std::string& code, automation::Date date, automation::Currency amount,
+                                 const std::string& currency_code);
+  static std::string SimCheckBudget(const std::string& code, automation::Date date,
+                                    automation::Currency amount, const std::string& currency_code,
+                                    automation::Currency& available_before, automation::Currency& new_amount);
+
+  // Selection.
+  std::string SelectBudget(const std::string& office, const std::string& charge_type,
+                           const std::array<std::string, 3>& dimensions);
+  static std::string PickBudgetWithCurrentLine(const RecordsetRef& budgets);
+  static RecordsetRef GetCurrentBudgetLines(const std::string& criterion, automation::Date date);
+  bool HasCurrentLine(const std::string& code);
+
+  // Maintenance. The modes differ in what an existing row is and in which columns may be set.
+  enum class Mode { Insert, Update };
+  static void InsertUpdate(const std::string& code, const automation::Array& fields,
+                           automation::Array& values, Mode mode);
+  void InsertUpdateLine(const std::string& code, std::int32_t id, const automation::Array& fields,
+                        const automation::Array& values, Mode mode);
 
   // Warnings. The percentages are those before and after a change, 100 for a line with nothing used.
   static void checkbudgetwarning(double percentage_before, double percentage_after, const RecordsetRef& line);

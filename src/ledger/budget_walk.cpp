@@ -1,7 +1,9 @@
 #include "ledger/budget_walk.h"
 
 #include "automation/error.h"
+#include "ledger/statements.h"
 #include "platform/environment.h"
+#include "services/lib_general.h"
 
 namespace talvex {
 
@@ -16,6 +18,15 @@ constexpr std::size_t kStackReserve = 256UL * 1024;
 }
 
 }  // namespace
+
+std::vector<std::string> ReadParents(const std::string& code) {
+  const auto connection = Lib_General::getConnection();
+  const auto parents = connection->Execute(ParentsOf(code), nullptr, platform::database::kOptionsUnspecified);
+  std::vector<std::string> codes;
+  for (; !parents->Eof(); parents->MoveNext())
+    codes.push_back(Lib_General::Gen_NullToString(parents->Value("PARENTBUDGET")));
+  return codes;
+}
 
 bool BudgetWalk::Enter(const std::string& code) {
   const auto [budget, is_new] = budgets_.try_emplace(code, Status::OnPath);

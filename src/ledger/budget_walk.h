@@ -1,13 +1,18 @@
-// The way of one posting through the hierarchy.
+// The way of one posting, or one check, through the hierarchy.
 #pragma once
 
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "automation/text.h"
 
 namespace talvex {
+
+// The codes of a budget's parents, in the database's order, read whole, so that no connection is held open
+// along the path.
+[[nodiscard]] std::vector<std::string> ReadParents(const std::string& code);
 
 // Remembers which budgets a walk has been to. A budget reachable along several paths is dealt with once, and
 // its ancestors are walked once; a budget that comes up again on its own path is a loop.

@@ -1,8 +1,8 @@
 #include "automation/decimal.h"
 #include "automation/text.h"
+#include "ledger/budget_row.h"
 #include "ledger/budget_t.h"
 #include "ledger/budget_walk.h"
-#include "ledger/statements.h"
 #include "platform/database/literals.h"
 #include "platform/environment.h"
 #include "services/frame.h"
@@ -60,17 +60,6 @@ std::shared_ptr<Recordset> NewRecordset() {
   auto recordset = std::make_shared<Recordset>();
   recordset->CursorLocation = static_cast<std::int32_t>(CursorLocation::Client);
   return recordset;
-}
-
-// The codes of the parents, read whole before the walk goes on, so that no connection is held open along the
-// path.
-std::vector<std::string> ReadParents(const std::string& code) {
-  const auto connection = getConnection();
-  const auto parents = connection->Execute(ParentsOf(code), nullptr, platform::database::kOptionsUnspecified);
-  std::vector<std::string> codes;
-  for (; !parents->Eof(); parents->MoveNext())
-    codes.push_back(Gen_NullToString(parents->Value("PARENTBUDGET")));
-  return codes;
 }
 
 }  // namespace
@@ -131,10 +120,7 @@ void BudgetT::AddToTotal(const std::string& code, const Posting& posting, const 
                          const RecordsetRef& line) {
   const CurrencyConverter currency(gen_getComponent(platform::suite::class_name::kCurrency));
   const std::string_view total = TotalColumn(posting.type);
-  if (budget->Eof()) {
-    throw Error(static_cast<std::int32_t>(TalvexErrors::BudgetNotFound), "Talvex.PostToBudgetStructure",
-                "Budget '" + code + "' has lines but does not exist");
-  }
+  RequireBudget(code, *budget, "Talvex.PostToBudgetStructure");
   const double before = Gen_NullToDouble(line->Value(total));
   line->SetValue(total, before + ConvertToBudgetCurrency(currency, posting.currency_code, budget,
                                                          posting.amount, posting.date));

@@ -49,6 +49,16 @@ void Log::WriteError(std::string_view source, std::string_view text, std::int32_
   level = automation::ToInt32(by_reference);
 }
 
+bool ReferentialChecker::HasValidReferences(std::string_view table, const automation::Array& names,
+                                            const automation::Array& values) const {
+  return automation::ToBoolean(Get().Call("HasValidReferences", table, names, values));
+}
+
+bool ReferentialChecker::MayDelete(std::string_view entity, const automation::Array& names,
+                                   const automation::Array& values) const {
+  return automation::ToBoolean(Get().Call("MayDelete", entity, names, values));
+}
+
 automation::Currency CurrencyConverter::Convert(std::string_view source, std::string_view target,
                                                 automation::Currency amount, automation::Date date) const {
   return automation::ToCurrency(Get().Call("Convert", source, target, amount, date));

@@ -16,6 +16,7 @@ namespace talvex::platform::suite {
 namespace class_name {
 inline constexpr std::string_view kConfiguration = "Corvane.Configuration";
 inline constexpr std::string_view kLog = "Corvane.Log";
+inline constexpr std::string_view kReferentialChecker = "Corvane.ReferentialChecker";
 inline constexpr std::string_view kCurrency = "Mirelo.Currency";
 inline constexpr std::string_view kSuiteUser = "Mirelo.User";
 inline constexpr std::string_view kMembershipUser = "Pellory.User";
@@ -52,6 +53,19 @@ class Log : public Service {
  public:
   using Service::Service;
   void WriteError(std::string_view source, std::string_view text, std::int32_t& level) const;
+};
+
+// References between the records of all components.
+class ReferentialChecker : public Service {
+ public:
+  using Service::Service;
+  // Whether a record of the table that holds these values in these columns refers only to records that exist.
+  [[nodiscard]] bool HasValidReferences(std::string_view table, const automation::Array& names,
+                                        const automation::Array& values) const;
+  // Whether the record of the entity that these columns and values identify may be deleted: nothing refers to
+  // it.
+  [[nodiscard]] bool MayDelete(std::string_view entity, const automation::Array& names,
+                               const automation::Array& values) const;
 };
 
 // Conversion between currencies.

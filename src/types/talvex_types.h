@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include "automation/enumeration.h"
 
@@ -15,5 +16,11 @@ TALVEX_ENUM(TalvexType, std::int32_t, Approved = 1, NotYetApproved = 2, send = 3
 // and 902.
 TALVEX_ENUM(TalvexErrors, std::int32_t, BudgetNotFound = -2147220604, BudgetTypeNotFound = -2147220603,
             ChargeTypeNotFound = -2147220602);
+
+// One step up the hierarchy: the codes of a budget and of one of its parents.
+struct HoldParents {
+  std::string Child;
+  std::string Parent;
+};
 
 }  // namespace talvex

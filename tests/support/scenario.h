@@ -12,8 +12,9 @@
 //   warnings on|off                         the site's switch for warning mails
 //   sql STATEMENT                           anything else
 //   begin | end OUTCOME | rollback          a transaction around the commands between
-//   call CLASS METHOD argument ...          a late-bound call on a new object
-//     -> VALUE                              its result
+//   call CLASS METHOD argument ...          a late-bound call on a new object; arguments as in values.h
+//     -> VALUE                              its result,
+//     out NAME VALUE                        and what an argument holds afterwards
 //     -> error NUMBER                       or the error that it raises,
 //     source TEXT                           with that source,
 //     description TEXT                      and these lines of description (line ends as "\r\n" are shown as

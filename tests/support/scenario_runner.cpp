@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <limits>
 #include <map>
 #include <optional>
 #include <sstream>
@@ -21,46 +20,6 @@ namespace {
 using automation::Date;
 using automation::Variant;
 using platform::database::TextLiteral;
-
-// Words separated by blanks; one in quotes may contain blanks and \" \\ \r \n.
-std::vector<std::string> Words(const std::string& text, std::vector<bool>* quoted = nullptr) {
-  std::vector<std::string> words;
-  for (std::size_t at = 0; at < text.size();) {
-    if (text[at] == ' ') {
-      ++at;
-      continue;
-    }
-    std::string word;
-    const bool in_quotes = text[at] == '"';
-    if (in_quotes) ++at;
-    for (; at < text.size() && text[at] != (in_quotes ? '"' : ' '); ++at) {
-      if (in_quotes && text[at] == '\\' && at + 1 < text.size()) {
-        const char escaped = text[++at];
-        word += escaped == 'r' ? '\r' : escaped == 'n' ? '\n' : escaped;
-      } else {
-        word += text[at];
-      }
-    }
-    if (in_quotes) ++at;
-    words.push_back(std::move(word));
-    if (quoted != nullptr) quoted->push_back(in_quotes);
-  }
-  return words;
-}
-
-Variant Argument(const std::string& word, bool quoted) {
-  if (quoted) return word;
-  if (word == "null") return automation::kNull;
-  if (word == "empty") return {};
-  if (word == "nan") return std::numeric_limits<double>::quiet_NaN();
-  if (word == "infinity") return std::numeric_limits<double>::infinity();
-  if (const auto date = Date::Parse(word)) return *date;
-  if (const auto number = automation::ParseNumber(word)) {
-    const bool whole = word.find_first_of(".eE") == std::string::npos;
-    return whole ? Variant(automation::RoundToInt32(*number)) : Variant(*number);
-  }
-  return word;  // The name of an enumeration's member.
-}
 
 std::string Literal(const std::string& value) {
   if (value == "null" || automation::ParseNumber(value)) return value;
@@ -220,45 +179,57 @@ class Runner {
   }
 
   void Call(const ScenarioCommand& command) {
-    std::vector<bool> quoted;
-    const auto words = Words(command.rest, &quoted);
-    std::vector<Variant> values;
-    for (std::size_t i = 2; i < words.size(); ++i) values.push_back(Argument(words[i], quoted[i]));
+    if (command.expected.empty())
+      throw std::runtime_error("a call must say what it expects: -> VALUE or -> error NUMBER");
+    std::istringstream line(command.rest);
+    std::string class_name;
+    std::string method;
+    std::string values_text;
+    line >> class_name >> method;
+    std::getline(line, values_text);
+    std::vector<Variant> values = ReadValues(values_text);
     std::vector<Variant*> arguments;
     for (Variant& value : values) arguments.push_back(&value);
 
-    if (command.expected.empty())
-      throw std::runtime_error("a call must say what it expects: -> VALUE or -> error NUMBER");
-    const auto object = platform::Environment::Current().classes->Create(words.at(0));
-    std::optional<automation::ErrorState> error;
-    Variant result;
+    const auto object = platform::Environment::Current().classes->Create(class_name);
     try {
-      result = object->Invoke(words.at(1), arguments);
-    } catch (const automation::Error& raised) {
-      error = raised.State();
+      const Variant result = object->Invoke(method, arguments);
+      CompareAnswer(command, *object->Class().FindMethod(method), result, values);
+    } catch (const automation::Error& error) {
+      CompareError(command, error.State());
     }
-    Compare(command, result, error);
   }
 
-  static void Compare(const ScenarioCommand& command, const Variant& result,
-                      const std::optional<automation::ErrorState>& error) {
-    const std::string& wanted = command.expected[0];
-    if (!error) {
-      EXPECT_EQ("-> " + Shown(result), wanted);
-      return;
+  // The result, and then each argument that is named: "out NAME VALUE".
+  static void CompareAnswer(const ScenarioCommand& command, const automation::Method& method,
+                            const Variant& result, const std::vector<Variant>& values) {
+    EXPECT_EQ("-> " + Shown(result), command.expected[0]);
+    for (std::size_t i = 1; i < command.expected.size(); ++i) {
+      std::istringstream line(command.expected[i]);
+      std::string out;
+      std::string name;
+      line >> out >> name;
+      std::size_t index = 0;
+      while (index < values.size() && method.parameters[index].name != name) ++index;
+      if (out != "out" || index == values.size())
+        throw std::runtime_error("no argument that could be: " + command.expected[i]);
+      EXPECT_EQ("out " + name + " " + Shown(values[index]), command.expected[i]);
     }
-    EXPECT_EQ("-> error " + std::to_string(error->number), wanted) << error->description;
+  }
+
+  static void CompareError(const ScenarioCommand& command, const automation::ErrorState& error) {
+    EXPECT_EQ("-> error " + std::to_string(error.number), command.expected[0]) << error.description;
     std::vector<std::string> description;
     for (std::size_t i = 1; i < command.expected.size(); ++i) {
       const std::string& line = command.expected[i];
       if (line.starts_with("source ")) {
-        EXPECT_EQ(error->source, line.substr(7));
+        EXPECT_EQ(error.source, line.substr(7));
       } else {
         description.push_back(line.starts_with("description ") ? line.substr(12) : line);
       }
     }
     if (!description.empty()) {
-      EXPECT_EQ(AsLines(error->description), AsLines(Joined(description)));
+      EXPECT_EQ(AsLines(error.description), AsLines(Joined(description)));
     }
   }
 

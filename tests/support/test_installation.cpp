@@ -17,15 +17,9 @@
 namespace talvex::test {
 
 namespace fs = std::filesystem;
-using automation::Kind;
 using automation::Variant;
 
 namespace {
-
-constexpr const char* kTables[] = {
-    "BUDGET",      "BUDGETLINES",          "BUDGETRELATIONS", "BUDGETDIMENSIONTYPE", "CHARGETYPES",
-    "CHARGELINES", "REQUISITIONPARAMETER", "I18NTEXT",        "SUITEUSER",           "SUITEOFFICE",
-    "CURRENCY",    "EXCHANGERATE"};
 
 // What python's email package, a reader that shares no code with the writer, makes of a mail.
 constexpr const char* kMailReader =
@@ -90,8 +84,8 @@ std::vector<std::string> TestInstallation::Rows(const std::string& query) const 
 
 std::string TestInstallation::Snapshot() const {
   std::string snapshot;
-  for (const auto* table : kTables) {
-    std::vector<std::string> rows = Rows(std::string("SELECT * FROM ") + table);
+  for (const std::string& table : Rows("SELECT name FROM sqlite_master WHERE type='table' ORDER BY name")) {
+    std::vector<std::string> rows = Rows("SELECT * FROM " + table);
     std::sort(rows.begin(), rows.end());
     snapshot.append(table).append("\n");
     for (const auto& row : rows) snapshot.append("  ").append(row).append("\n");
@@ -115,26 +109,6 @@ std::vector<std::string> TestInstallation::LogLines() const {
   std::ifstream log(Path("log/errors.jsonl"));
   for (std::string line; std::getline(log, line);) lines.push_back(line);
   return lines;
-}
-
-std::string Shown(const Variant& value) {
-  switch (value.Type()) {
-    case Kind::Empty:
-      return "empty";
-    case Kind::Null:
-      return "null";
-    case Kind::Date: {
-      const std::string iso = value.As<automation::Date>().ToIso();
-      return iso.ends_with("T00:00:00") ? iso.substr(0, 10) : iso;
-    }
-    case Kind::String:
-      return value.As<std::string>().empty() ? "\"\"" : value.As<std::string>();
-    case Kind::Array:
-    case Kind::Object:
-      return "<" + std::string(KindName(value.Type())) + ">";
-    default:
-      return automation::ToText(value);
-  }
 }
 
 }  // namespace talvex::test

@@ -9,6 +9,7 @@
 #include "automation/variant.h"
 #include "host/host.h"
 #include "support/temporary_folder.h"
+#include "support/values.h"
 
 namespace talvex::test {
 
@@ -52,8 +53,5 @@ class TestInstallation {
   std::unique_ptr<host::Host> host_;
   std::unique_ptr<platform::Environment::ForThread> environment_;
 };
-
-// A value as scenarios and failure messages show it.
-[[nodiscard]] std::string Shown(const automation::Variant& value);
 
 }  // namespace talvex::test

@@ -4,6 +4,7 @@
 #include "adapters/suite/currency_service.h"
 #include "adapters/suite/error_log.h"
 #include "adapters/suite/membership_user_service.h"
+#include "adapters/suite/referential_checker.h"
 #include "adapters/suite/suite_user_service.h"
 
 namespace talvex::adapters::suite {
@@ -24,6 +25,7 @@ void RegisterServices(automation::ClassRegistry& classes, std::shared_ptr<Instal
   Register<CurrencyService>(classes, shared);
   Register<SuiteUserService>(classes, shared);
   Register<MembershipUserService>(classes, shared);
+  Register<ReferentialChecker>(classes, shared);
 }
 
 }  // namespace talvex::adapters::suite

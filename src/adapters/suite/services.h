@@ -9,8 +9,8 @@
 namespace talvex::adapters::suite {
 
 // Makes the services of an installation creatable by their class names: Corvane.Configuration, Corvane.Log,
-// Mirelo.Currency, Mirelo.User and Pellory.User. Whoever brings a service of their own registers it
-// afterwards.
+// Corvane.ReferentialChecker, Mirelo.Currency, Mirelo.User and Pellory.User. Whoever brings a service of
+// their own registers it afterwards.
 void RegisterServices(automation::ClassRegistry& classes, std::shared_ptr<Installation> installation);
 
 }  // namespace talvex::adapters::suite

@@ -1,0 +1,122 @@
+// The one budget that a requisition line is charged to, found by filters on one reading of the budgets.
+#include "automation/text.h"
+#include "ledger/budget_t.h"
+#include "ledger/selection.h"
+#include "platform/database/literals.h"
+#include "platform/environment.h"
+#include "services/frame.h"
+#include "services/lib_general.h"
+#include "services/lib_sql.h"
+
+namespace talvex {
+
+using automation::Collection;
+using automation::Date;
+using automation::Variant;
+using Lib_General::Gen_NullToString;
+using Lib_General::Gen_QuoteSQL;
+using Lib_General::getConnection;
+using Lib_SQL::Sql_GetReadonlyRecordset;
+using platform::database::DateLiteral;
+using platform::database::TextLiteral;
+
+namespace {
+
+// A text between quotes, as a record set's filter reads it.
+std::string FilterLiteral(const std::string& text) { return "'" + Gen_QuoteSQL(text) + "'"; }
+
+// A budget without office, or without charge type, is one that holds the empty text: a Null is not found.
+std::array<std::string, kSelectionLevels> LevelCriteria(const std::string& office,
+                                                        const std::string& charge_type) {
+  const std::string office_literal = FilterLiteral(office);
+  const std::string charge_type_literal = FilterLiteral(charge_type);
+  return {
+      " OfficeDescription = " + office_literal + " AND chargetypeCode = " + charge_type_literal,
+      "OfficeDescription = " + office_literal + " AND ChargeTypeCode = '' ",
+      "OfficeDescription = '' AND ChargeTypeCode = " + charge_type_literal,
+      "OfficeDescription = '' AND ChargeTypeCode = '' ",
+  };
+}
+
+// Stands on the dimension types of the office, or else on those of any office; false when there are neither.
+bool FindOffice(platform::database::Recordset& types, const std::string& office) {
+  if (types.Eof()) return false;
+  // The office stands in the filter as it is: one with an apostrophe is no condition and fails the call.
+  types.SetFilter("OFFICEDESCRIPTION = '" + office + "'");
+  if (types.Eof()) types.SetFilter("OFFICEDESCRIPTION IS NULL");
+  return !types.Eof();
+}
+
+}  // namespace
+
+void BudgetT::GetBudget(std::shared_ptr<Collection>& iDBLinks, std::string& oBudgetCode,
+                        const std::optional<Variant>& /*iReqId*/) {
+  Reads("Talvex.BudgetT.GetBudget", [&] {
+    oBudgetCode.clear();
+    Collection& properties = RequireProperties(iDBLinks);
+    const auto connection = getConnection();
+    const std::string charge_type = GetDimensionValue(properties, "RequisitionChargeType");
+    const std::string office = GetDimensionValue(properties, "RequisitionRequisitionerOffice");
+    auto types = Sql_GetReadonlyRecordset(
+        "SELECT BUDGETDIMTYPE1, BUDGETDIMTYPE2, BUDGETDIMTYPE3, OFFICEDESCRIPTION "
+        " FROM BUDGETDIMENSIONTYPE  WHERE OFFICEDESCRIPTION=" +
+            TextLiteral(office) + " OR OFFICEDESCRIPTION IS NULL",
+        connection);
+    Dimensions dimensions;
+    if (FindOffice(*types, office)) dimensions = DimensionValues(*types, properties);
+    Lib_SQL::CloseRecordset(types);
+    oBudgetCode = SelectBudget(office, charge_type, dimensions);
+  });
+}
+
+std::string BudgetT::SelectBudget(const std::string& office, const std::string& charge_type,
+                                  const std::array<std::string, 3>& dimensions) {
+  const auto connection = getConnection();
+  const auto budgets = Sql_GetReadonlyRecordset("SELECT * FROM BUDGET WHERE BUDGETTYPE=1", connection);
+  if (budgets->Eof() && budgets->Bof()) return {};
+  const Dimensions literals = {FilterLiteral(dimensions[0]), FilterLiteral(dimensions[1]),
+                               FilterLiteral(dimensions[2])};
+  const std::vector<std::size_t> combinations = CombinationsFor(dimensions);
+  for (const std::string& level : LevelCriteria(office, charge_type)) {
+    for (const std::size_t combination : combinations) {
+      budgets->SetFilter(level + DimensionCriterion(combination, literals));
+      const std::int32_t matches = budgets->RecordCount();
+      // Several matches end the search, even when none of them has a line in force.
+      if (matches > 1) return PickBudgetWithCurrentLine(budgets);
+      if (matches == 0) continue;
+      std::string code = Gen_NullToString(budgets->Value("BUDGETCODE"));
+      if (HasCurrentLine(code)) return code;
+    }
+  }
+  return {};
+}
+
+bool BudgetT::HasCurrentLine(const std::string& code) {
+  Date today = platform::Environment::Current().clock->Now().DayOnly();
+  const Variant line = GetBudgetLine(code, today);
+  return !line.IsNull() && !line.IsEmpty();
+}
+
+std::string BudgetT::PickBudgetWithCurrentLine(const RecordsetRef& budgets) {
+  constexpr std::string_view kOr = " OR ";
+  std::string criterion = "(";
+  for (; !budgets->Eof(); budgets->MoveNext()) {
+    criterion.append(" BUDGETCODE = ")
+        .append(TextLiteral(Gen_NullToString(budgets->Value("BUDGETCODE"))))
+        .append(kOr);
+  }
+  criterion.resize(criterion.size() - kOr.size());
+  criterion += ")";
+  const auto lines =
+      GetCurrentBudgetLines(criterion, platform::Environment::Current().clock->Now().DayOnly());
+  return lines->Eof() ? std::string() : Gen_NullToString(lines->Value("BUDGETCODE"));
+}
+
+BudgetT::RecordsetRef BudgetT::GetCurrentBudgetLines(const std::string& criterion, Date date) {
+  const std::string day = DateLiteral(date);
+  return Sql_GetReadonlyRecordset("SELECT * FROM BUDGETLINES WHERE " + criterion + " and STARTDATE<=" + day +
+                                      " AND (ENDDATE>=" + day + " OR ENDDATE IS NULL) ORDER BY STARTDATE ",
+                                  getConnection());
+}
+
+}  // namespace talvex
