@@ -5,8 +5,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <thread>
 
 #include "host/installer.h"
+#include "platform/environment.h"
 
 namespace talvex::bench {
 
@@ -44,6 +46,13 @@ void Installation::Script(const std::string& statements) const {
   Require(sqlite3_exec(database, statements.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK, "set up",
           database);
   sqlite3_close(database);
+}
+
+void RunOn(const Installation& installation, const std::function<void()>& body) {
+  std::thread([&] {
+    const platform::Environment::ForThread environment(installation.Host().Environment());
+    body();
+  }).join();
 }
 
 BareDatabase::BareDatabase(const std::string& path) {

@@ -3,6 +3,7 @@
 
 #include <sqlite3.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -28,6 +29,10 @@ class Installation {
   std::string directory_;
   std::unique_ptr<host::Host> host_;
 };
+
+// Runs the body in the installation's environment, on a thread of its own: the component remembers, for each
+// thread, which database it works on. Benchmarks that use it measure the time of the process.
+void RunOn(const Installation& installation, const std::function<void()>& body);
 
 // The bare database API, with the settings that the component's driver uses.
 class BareDatabase {

@@ -41,7 +41,12 @@ class Grammar {
     AddGlobals(app_);
     AddInit();
     AddPost();
+    AddCheck();
+    AddSelect();
+    AddBudgets();
     AddShowAndTree();
+    AddLoops();
+    AddCharge();
     AddVerify();
     AddDescribe();
     AddCall();
@@ -83,7 +88,14 @@ class Grammar {
   template <class Arguments>
   std::pair<CLI::App*, std::shared_ptr<Arguments>> Add(const char* name, const char* description,
                                                        ExitStatus (*run)(Session&, const Arguments&)) {
-    CLI::App* const command = app_.add_subcommand(name, description);
+    return AddTo(app_, name, description, run);
+  }
+
+  template <class Arguments>
+  std::pair<CLI::App*, std::shared_ptr<Arguments>> AddTo(CLI::App& parent, const char* name,
+                                                         const char* description,
+                                                         ExitStatus (*run)(Session&, const Arguments&)) {
+    CLI::App* const command = parent.add_subcommand(name, description);
     AddGlobals(*command);
     auto arguments = std::make_shared<Arguments>();
     command->callback([this, arguments, run] {
@@ -93,7 +105,11 @@ class Grammar {
   }
 
   void AddPlain(const char* name, const char* description, ExitStatus (*run)(Session&)) {
-    CLI::App* const command = app_.add_subcommand(name, description);
+    AddPlainTo(app_, name, description, run);
+  }
+
+  void AddPlainTo(CLI::App& parent, const char* name, const char* description, ExitStatus (*run)(Session&)) {
+    CLI::App* const command = parent.add_subcommand(name, description);
     AddGlobals(*command);
     command->callback([this, run] { chosen_ = run; });
   }
@@ -117,6 +133,67 @@ class Grammar {
         ->required();
     command->add_option("--date", arguments->date, "The day of the posting, 2026-03-15; today when left out")
         ->type_name("DAY");
+  }
+
+  void AddCheck() {
+    const auto [command, arguments] = Add("check", "Ask who must approve a new amount, and why", &RunCheck);
+    Positional(*command, "CODE", arguments->code, "The budget")->required();
+    Positional(*command, "AMOUNT", arguments->amount, "The new amount")->required();
+    Positional(*command, "CURRENCY", arguments->currency, "The currency of the amount")->required();
+    command->add_option("--date", arguments->date, "The day, 2026-03-15; today when left out")
+        ->type_name("DAY");
+    command->add_flag("--simulate", arguments->simulate, "Show what would be left of each budget");
+  }
+
+  void AddSelect() {
+    const auto [command, arguments] =
+        Add("select", "Find the budget that a requisition line is charged to", &RunSelect);
+    command->add_option("--office", arguments->office, "The office of the requisitioner")
+        ->type_name("OFFICE");
+    command->add_option("--charge-type", arguments->charge_type, "The charge type")->type_name("CODE");
+    command->add_flag("--all", arguments->all, "All budgets that may be charged");
+    Positional(*command, "NAME=VALUE", arguments->properties,
+               "The properties that the dimensions of the office's budgets ask for");
+  }
+
+  void AddBudgets() {
+    const auto [command, arguments] = Add("budgets", "List budgets", &RunBudgets);
+    command->add_option("--holder", arguments->holder, "Only those of a holder")->type_name("USER");
+    command->add_flag("--standard", arguments->standard, "Only standard budgets");
+  }
+
+  void AddLoops() {
+    const auto [command, arguments] = Add("loops", "Find budgets that stand above themselves", &RunLoops);
+    Positional(*command, "FROM", arguments->from, "The first budget of a range");
+    Positional(*command, "TO", arguments->to, "Its last budget");
+  }
+
+  void AddCharge() {
+    CLI::App* const charge = app_.add_subcommand("charge", "Keep the charge lines of requisition lines");
+    charge->require_subcommand(1);
+    const auto line = [](CLI::App& command, RequisitionLine& which) {
+      Positional(command, "REQUISITION", which.requisition, "The number of the requisition")->required();
+      Positional(command, "LINE", which.number, "The number of its line")->required();
+    };
+    const auto [show, shown] = AddTo(*charge, "show", "Show the charges of a line", &RunChargeShow);
+    line(*show, *shown);
+    const auto [add, added] = AddTo(*charge, "add", "Charge a line to one more budget", &RunChargeAdd);
+    line(*add, added->line);
+    Positional(*add, "OFFICE", added->office, "The office charged")->required();
+    Positional(*add, "BUDGET", added->budget, "The budget charged")->required();
+    Positional(*add, "PERCENTAGE", added->percentage, "Its share")->required();
+    add->add_option("--revision", added->revision, "The revision of the line")->type_name("NUMBER");
+    const auto [split, parts] = AddTo(*charge, "split", "Replace all charges of a line", &RunChargeSplit);
+    line(*split, parts->line);
+    split->add_option("--share", parts->shares, "One share; may be given several times")
+        ->type_name("OFFICE BUDGET PERCENTAGE")
+        ->required();
+    split->add_option("--revision", parts->revision, "The revision of the line")->type_name("NUMBER");
+    const auto [drop, dropped] = AddTo(*charge, "delete", "Delete all charges of a line", &RunChargeDelete);
+    line(*drop, *dropped);
+    AddPlainTo(*charge, "types", "List the charge types and their ledger accounts", &RunChargeTypes);
+    const auto [type, code] = AddTo(*charge, "delete-type", "Delete a charge type", &RunChargeDropType);
+    Positional(*type, "CODE", *code, "The charge type")->required();
   }
 
   void AddShowAndTree() {

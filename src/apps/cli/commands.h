@@ -2,8 +2,10 @@
 // session's output and returns an exit status; what goes wrong is thrown as UsageError or automation::Error.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "apps/cli/session.h"
@@ -25,6 +27,60 @@ struct PostArguments {
   std::string date;  // Empty for the clock's day.
 };
 ExitStatus RunPost(Session& session, const PostArguments& arguments);
+
+// Amount and date as they were typed.
+struct CheckArguments {
+  std::string code;
+  std::string amount;
+  std::string currency;
+  std::string date;  // Empty for the clock's day.
+  bool simulate = false;
+};
+ExitStatus RunCheck(Session& session, const CheckArguments& arguments);
+
+struct SelectArguments {
+  std::string office;
+  std::string charge_type;
+  std::vector<std::string> properties;  // Each "name=value".
+  bool all = false;
+};
+ExitStatus RunSelect(Session& session, const SelectArguments& arguments);
+
+struct BudgetsArguments {
+  std::string holder;  // Empty for those of everybody.
+  bool standard = false;
+};
+ExitStatus RunBudgets(Session& session, const BudgetsArguments& arguments);
+
+struct RequisitionLine {
+  std::int32_t requisition = 0;
+  std::int32_t number = 0;
+};
+struct ChargeAddArguments {
+  RequisitionLine line;
+  std::string office;
+  std::string budget;
+  std::string percentage;
+  std::int32_t revision = 0;
+};
+struct ChargeSplitArguments {
+  RequisitionLine line;
+  std::vector<std::tuple<std::string, std::string, std::string>> shares;  // Office, budget, percentage.
+  std::int32_t revision = 0;
+};
+ExitStatus RunChargeShow(Session& session, const RequisitionLine& line);
+ExitStatus RunChargeAdd(Session& session, const ChargeAddArguments& arguments);
+ExitStatus RunChargeSplit(Session& session, const ChargeSplitArguments& arguments);
+ExitStatus RunChargeDelete(Session& session, const RequisitionLine& line);
+ExitStatus RunChargeTypes(Session& session);
+ExitStatus RunChargeDropType(Session& session, const std::string& code);
+
+// Without a range all budgets, without its end the one budget.
+struct LoopsArguments {
+  std::string from;
+  std::string to;
+};
+ExitStatus RunLoops(Session& session, const LoopsArguments& arguments);
 
 ExitStatus RunShow(Session& session, const std::string& code);
 

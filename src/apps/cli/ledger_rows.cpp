@@ -27,13 +27,6 @@ std::string TextIn(const Recordset& row, std::string_view column) {
   return value.IsNull() ? std::string() : automation::ToText(value);
 }
 
-template <class T>
-std::optional<T> OptionalIn(const Recordset& row, std::string_view column, T (*convert)(const Variant&)) {
-  const Variant value = row.Value(column);
-  if (value.IsNull()) return std::nullopt;
-  return convert(value);
-}
-
 BudgetRow BudgetIn(const Recordset& row) {
   BudgetRow budget;
   budget.code = TextIn(row, "BUDGETCODE");

@@ -23,6 +23,15 @@ using platform::database::Recordset;
 void ForEachRow(Connection& connection, const std::string& query,
                 const std::function<void(const Recordset&)>& row);
 
+// A column of the current row, converted; nothing for Null.
+template <class T>
+[[nodiscard]] std::optional<T> OptionalIn(const Recordset& row, std::string_view column,
+                                          T (*convert)(const automation::Variant&)) {
+  const automation::Variant value = row.Value(column);
+  if (value.IsNull()) return std::nullopt;
+  return convert(value);
+}
+
 // A budget without its lines. An optional field is Null in the table; a text is then empty.
 struct BudgetRow {
   std::string code;  // As the table spells it.

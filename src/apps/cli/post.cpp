@@ -7,6 +7,7 @@
 
 #include "apps/cli/amount_titles.h"
 #include "apps/cli/commands.h"
+#include "apps/cli/inputs.h"
 #include "apps/cli/layout.h"
 #include "apps/cli/ledger_rows.h"
 #include "automation/conversions.h"
@@ -45,19 +46,6 @@ struct Report {
   std::optional<std::int32_t> line;  // The budget's own line that was posted to.
   std::vector<Change> changes;       // Of the budget itself and of those above it.
 };
-
-double AmountOf(const std::string& text) {
-  const auto amount = automation::ParseNumber(text);
-  if (!amount || !std::isfinite(*amount))
-    throw UsageError("'" + Shortened(text) + "' is no amount: a number is wanted");
-  return *amount;
-}
-
-Date DateOf(const std::string& text, Session& session) {
-  if (text.empty()) return session.Now().DayOnly();
-  if (const auto date = Date::Parse(text)) return *date;
-  throw UsageError("'" + Shortened(text) + "' is no date: 2026-03-15, for example, is one");
-}
 
 const automation::EnumerationInfo& PostingTypes(Session& session) {
   const automation::ClassInfo* const info = session.Host().Environment()->classes->Find(kClass);

@@ -3,35 +3,13 @@
 #include "apps/cli/commands.h"
 #include "apps/cli/hierarchy.h"
 #include "apps/cli/layout.h"
-#include "automation/conversions.h"
+#include "apps/cli/lines_in_force.h"
 
 namespace talvex::apps {
 
 namespace {
 
-using automation::Variant;
 using Mark = TreeRow::Mark;
-
-// The lines in force on a day, each asked of the ledger once.
-class LinesInForce {
- public:
-  LinesInForce(Session& session, Connection& connection, automation::Date day)
-      : connection_(connection), ledger_(session.Create("Talvex.BudgetT")), day_(day) {}
-
-  const std::optional<LineRow>& Of(const std::string& code) {
-    const auto known = lines_.find(code);
-    if (known != lines_.end()) return known->second;
-    const Variant id = ledger_->Call("GetBudgetLine", code, day_);
-    return lines_[code] = id.IsNull() ? std::nullopt : ReadLine(connection_, automation::ToInt32(id));
-  }
-
- private:
-  Connection& connection_;
-  automation::ObjectRef ledger_;
-  automation::Date day_;
-  std::unordered_map<std::string, std::optional<LineRow>, automation::FoldedHash, automation::FoldedEqual>
-      lines_;
-};
 
 Json RowJson(const TreeRow& row, const BudgetRow* budget, const std::optional<LineRow>& line) {
   const auto text = [](const std::string& value) { return value.empty() ? Json(nullptr) : Json(value); };
@@ -76,18 +54,13 @@ std::string MarkText(const TreeRow& row, const BudgetRow* budget, bool goes_deep
 
 Table::Row TextRow(std::string head, const BudgetRow* budget, const std::optional<LineRow>& line,
                    std::string mark, const Style& style) {
-  constexpr std::size_t kBarColumns = 10;
   Table::Row cells = {{std::move(head)},
                       {budget == nullptr ? std::string() : TypeName(*budget)},
                       {budget == nullptr ? std::string() : Printable(budget->currency)}};
-  if (line) {
-    const Colour colour = ColourOf(line->available);
-    cells.push_back(RightCell(AmountText(line->available.amount)));
-    cells.push_back({BarText(line->available, kBarColumns, style), Table::Align::Left, colour});
-    cells.push_back({PercentText(line->available.fraction), Table::Align::Right, colour});
+  if (budget != nullptr || line) {
+    AddAvailable(line, style, cells);
   } else {
-    cells.push_back({budget == nullptr ? "" : "no line", Table::Align::Right, Colour::Dim});
-    cells.insert(cells.end(), 2, Table::Cell());
+    cells.insert(cells.end(), 3, Table::Cell());
   }
   cells.push_back({std::move(mark), Table::Align::Left, Colour::Dim});
   return cells;

@@ -39,7 +39,7 @@ TEST_F(ReferentialCheckerTest, FollowsTheTableOfABudgetsReferences) {
   } rows[] = {
       {"CURRENCYCODE", "EUR", true},
       {"currencycode", "eur", true},
-      {"CURRENCYCODE", "XXX", false},
+      {"CURRENCYCODE", "QQQ", false},
       {"CURRENCYCODE", "", false},
       {"CURRENCYCODE", automation::kNull, false},
       {"USERID", "anna", true},
@@ -59,7 +59,7 @@ TEST_F(ReferentialCheckerTest, FollowsTheTableOfABudgetsReferences) {
         << row.name;
   }
   EXPECT_FALSE(
-      checker_.HasValidReferences("budget", Array({"USERID", "CURRENCYCODE"}), Array({"anna", "XXX"})));
+      checker_.HasValidReferences("budget", Array({"USERID", "CURRENCYCODE"}), Array({"anna", "QQQ"})));
   EXPECT_TRUE(checker_.HasValidReferences("BUDGET", Array(), Array()));
 }
 

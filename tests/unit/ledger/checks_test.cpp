@@ -86,7 +86,7 @@ TEST(Checks, AFailingLevelLeavesTheHoldersFoundBefore) {
     AddBudget(test.Site(), "A", "anna");
     AddBudget(test.Site(), "P", "pia");
     PutUnder(test.Site(), "P", "A");
-    test.Site().Sql("UPDATE BUDGET SET CURRENCYCODE = 'XXX' WHERE BUDGETCODE = 'P'");
+    test.Site().Sql("UPDATE BUDGET SET CURRENCYCODE = 'QQQ' WHERE BUDGETCODE = 'P'");
     std::string currency = "EUR";
     auto holders = std::make_shared<Dictionary>();
     EXPECT_EQ(ErrorOf([&] { BudgetT().CheckBudgetStructure("A", kDay, 200, currency, holders); }).number, 5);

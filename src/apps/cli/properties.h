@@ -1,0 +1,17 @@
+// The properties of a requisition line, as they were typed.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "automation/variant.h"
+
+namespace talvex::apps {
+
+// A collection of "NAME=VALUE" properties, after those that options have set; the value null is Null. Throws
+// UsageError for a text without "=" and for a name that comes twice.
+[[nodiscard]] automation::Variant PropertiesOf(const std::vector<std::string>& values,
+                                               const std::vector<std::pair<std::string, std::string>>& set);
+
+}  // namespace talvex::apps
