@@ -2,13 +2,11 @@
 the middle of something, and messages too large to be dealt with.
 """
 
-import json
 import os
-import resource
-import subprocess
 import unittest
 
-from _talvex import DONE, FAILED, NOW, PROGRAM, SampleTest, environment
+from _gateway import Gateway
+from _talvex import DONE, FAILED, SampleTest
 
 CODE = "IT-SW-AMS"
 ANCESTORS = ["IT", "COMPANY"]
@@ -17,77 +15,9 @@ EMPTY = {"$empty": True}
 LONGEST_LINE = 64 * 1024 * 1024
 
 
-class Gateway:
-    """A running gateway and the client's end of its pipes."""
-
-    def __init__(self, site, memory=None):
-        def limit():
-            if memory:
-                resource.setrlimit(resource.RLIMIT_AS, (memory, memory))
-
-        self.process = subprocess.Popen([PROGRAM, "--config", site, "--now", NOW, "rpc"], env=environment(),
-                                        stdin=subprocess.PIPE, stdout=subprocess.PIPE, preexec_fn=limit)
-        self.next_id = 0
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
-        """Whatever a test left open, no process outlives it."""
-        if self.process.poll() is None:
-            self.process.kill()
-            self.process.wait()
-        self.process.stdout.close()
-        try:
-            self.process.stdin.close()
-        except BrokenPipeError:
-            pass  # It was not there to read the last of it.
-
-    def write(self, data):
-        self.process.stdin.write(data)
-        self.process.stdin.flush()
-
-    def read(self):
-        return json.loads(self.process.stdout.readline())
-
-    def send(self, line):
-        """The answer to one raw line, which comes while the gateway waits for the next."""
-        self.write(line + b"\n")
-        return self.read()
-
-    def ask(self, method, /, **params):
-        self.next_id += 1
-        message = {"jsonrpc": "2.0", "id": self.next_id, "method": method, "params": params}
-        answer = self.send(json.dumps(message).encode())
-        assert answer["id"] == self.next_id, answer
-        return answer
-
-    def result(self, method, /, **params):
-        answer = self.ask(method, **params)
-        assert "result" in answer, answer
-        return answer["result"]
-
-    def error_number(self, method, /, **params):
-        answer = self.ask(method, **params)
-        assert answer.get("error", {}).get("code") == -32000, answer
-        return answer["error"]["data"]["number"]
-
-    def create(self, name):
-        return self.result("create", **{"class": name})["object"]
-
-    def invoke(self, number, method, args):
-        return self.result("invoke", object=number, method=method, args=args)
-
-    def get(self, number, name):
-        return self.result("get", object=number, property=name)["value"]
-
+class LedgerGateway(Gateway):
     def post(self, ledger, amount):
         return self.invoke(ledger, "PostToBudget", [CODE, DAY, amount, "EUR", "Approved"])["result"]
-
-    def close_input(self):
-        """Ends the input; the exit status."""
-        self.process.stdin.close()
-        return self.process.wait(timeout=60)
 
 
 class SessionTest(SampleTest):
@@ -110,7 +40,7 @@ class SessionTest(SampleTest):
 
 class Postings(SessionTest):
     def test_a_session_of_many_transactions(self):
-        with Gateway(self.site) as gateway:
+        with LedgerGateway(self.site) as gateway:
             ledger = gateway.create("Talvex.BudgetT")
             line = gateway.invoke(ledger, "GetBudgetLine", {"iBudgetCode": CODE, "iDate": DAY})["result"]
             self.assertEqual(gateway.post(ledger, 100), line)
@@ -140,7 +70,7 @@ class Postings(SessionTest):
     def test_a_database_that_is_not_there_is_an_error_until_it_is(self):
         store = os.path.join(self.site, "talvex.db")
         os.rename(store, store + ".away")
-        with Gateway(self.site) as gateway:
+        with LedgerGateway(self.site) as gateway:
             ledger = gateway.create("Talvex.BudgetT")
             call = {"object": ledger, "method": "GetBudgetLine", "args": [CODE, DAY]}
             self.assertNotEqual(gateway.error_number("invoke", **call), 0)
@@ -157,12 +87,12 @@ class ClientsThatGoAway(SessionTest):
     def assert_rolled_back(self):
         """Nothing of the posting is there, and nothing keeps the next one out."""
         self.assert_posted(0)
-        with Gateway(self.site) as gateway:
+        with LedgerGateway(self.site) as gateway:
             gateway.post(gateway.create("Talvex.BudgetT"), 2)
         self.assert_posted(2)
 
     def test_an_input_that_ends_inside_a_message_rolls_back(self):
-        with Gateway(self.site) as gateway:
+        with LedgerGateway(self.site) as gateway:
             self.begin_and_post(gateway)
             gateway.write(b'{"jsonrpc": "2.0", "id": 9, "method": "end", "par')
             gateway.process.stdin.close()
@@ -171,7 +101,7 @@ class ClientsThatGoAway(SessionTest):
         self.assert_rolled_back()
 
     def test_an_input_that_ends_after_an_unfinished_line_runs_it(self):
-        with Gateway(self.site) as gateway:
+        with LedgerGateway(self.site) as gateway:
             self.begin_and_post(gateway)
             gateway.write(b'{"jsonrpc": "2.0", "id": 9, "method": "end"}')
             gateway.process.stdin.close()
@@ -180,7 +110,7 @@ class ClientsThatGoAway(SessionTest):
         self.assert_posted(200)
 
     def test_a_client_that_reads_no_more_is_rolled_back(self):
-        with Gateway(self.site) as gateway:
+        with LedgerGateway(self.site) as gateway:
             self.begin_and_post(gateway)
             gateway.process.stdout.close()
             gateway.write(b'{"jsonrpc": "2.0", "id": 9, "method": "describe"}\n')
@@ -188,7 +118,7 @@ class ClientsThatGoAway(SessionTest):
         self.assert_rolled_back()
 
     def test_a_killed_gateway_leaves_nothing_half_done(self):
-        with Gateway(self.site) as gateway:
+        with LedgerGateway(self.site) as gateway:
             self.begin_and_post(gateway)
             gateway.process.kill()
             gateway.process.wait(timeout=60)
@@ -204,12 +134,12 @@ class LargeMessages(SessionTest):
         gateway.result("describe")
 
     def test_lines_without_end_are_not_kept(self):
-        with Gateway(self.site) as gateway:
+        with LedgerGateway(self.site) as gateway:
             self.assert_refused(gateway, b'"' + b"x" * LONGEST_LINE + b'"')
 
     def test_values_without_end_do_not_fill_the_memory(self):
         message = b'{"jsonrpc": "2.0", "id": 1, "method": "begin", "params": [%s]}'
-        with Gateway(self.site, memory=512 * 1024 * 1024) as gateway:
+        with LedgerGateway(self.site, memory=512 * 1024 * 1024) as gateway:
             self.assert_refused(gateway, message % (b"{}," * 10000000 + b"{}"))
             self.assert_refused(gateway, message % (b'{"a":' * 1000000))
             gateway.post(gateway.create("Talvex.BudgetT"), 5)
@@ -224,7 +154,7 @@ class LargeMessages(SessionTest):
         for last in range(1, links):
             add = '{"object":%d,"method":"Add","args":["x",{"$object":%d}]}' % (last + 1, last)
             lines += [create, note % ("invoke", add), note % ("release", '{"object":%d}' % last)]
-        with Gateway(self.site) as gateway:
+        with LedgerGateway(self.site) as gateway:
             gateway.write("".join(lines).encode())
             self.assertEqual(gateway.get(links, "Count"), 1)
             self.assertEqual(gateway.result("release", object=links), {})
@@ -238,7 +168,7 @@ class RecordSets(SessionTest):
         return connection
 
     def test_rows_are_filtered_walked_and_written(self):
-        with Gateway(self.site) as gateway:
+        with LedgerGateway(self.site) as gateway:
             connection = {"$object": self.connect(gateway)}
             rows = gateway.create("Platform.Recordset")
             gateway.invoke(rows, "Open", {"source": "SELECT * FROM BUDGET", "activeconnection": connection,
@@ -263,7 +193,7 @@ class RecordSets(SessionTest):
         self.assertEqual(stored, [("MKT-JAPAN",)])
 
     def test_statements_tell_how_many_rows_and_what_went_wrong(self):
-        with Gateway(self.site) as gateway:
+        with LedgerGateway(self.site) as gateway:
             connection = self.connect(gateway)
             count = self.sql("SELECT COUNT(*) FROM BUDGET")[0][0]
             update = {"CommandText": "UPDATE BUDGET SET USERID = NULL", "RecordsAffected": EMPTY}
@@ -280,7 +210,7 @@ class RecordSets(SessionTest):
 
 class Descriptions(SessionTest):
     def test_every_class_describes_its_members(self):
-        with Gateway(self.site) as gateway:
+        with LedgerGateway(self.site) as gateway:
             names = [described["class"] for described in gateway.result("describe")["classes"]]
             self.assertLessEqual({"Talvex.BudgetT", "Platform.Connection", "Platform.Recordset"}, set(names))
             for name in names:
@@ -291,7 +221,7 @@ class Descriptions(SessionTest):
                 self.assertTrue(all(member["documentation"] for member in members), name)
 
     def test_enumerations_are_told_also_where_an_argument_may_be_left_out(self):
-        with Gateway(self.site) as gateway:
+        with LedgerGateway(self.site) as gateway:
             described = gateway.result("describe", **{"class": "Platform.Recordset"})
             opened = [method for method in described["methods"] if method["name"] == "Open"][0]
             lock = [parameter for parameter in opened["parameters"] if parameter["name"] == "Lock"][0]

@@ -29,14 +29,15 @@ class SuiteServices : public testing::Test {
 
 // The environment is empty here: what cannot be reached cannot be needed.
 TEST_F(SuiteServices, AreCreatedByNameWithoutReadingAnything) {
-  for (const auto name : {class_name::kConfiguration, class_name::kLog, class_name::kCurrency,
-                          class_name::kSuiteUser, class_name::kMembershipUser}) {
+  for (const auto name :
+       {class_name::kConfiguration, class_name::kLog, class_name::kCurrency, class_name::kSuiteUser,
+        class_name::kMembershipUser, class_name::kReferentialChecker}) {
     const auto object = classes_.Create(name);
     ASSERT_NE(object, nullptr) << name;
     EXPECT_EQ(object->Class().Name(), name);
     EXPECT_NE(object, classes_.Create(name));
   }
-  EXPECT_EQ(classes_.Names().size(), 5U);
+  EXPECT_EQ(classes_.Names().size(), 6U);
 }
 
 TEST_F(SuiteServices, OfferTheirMembersInTheAgreedForm) {

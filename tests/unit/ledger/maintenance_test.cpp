@@ -113,6 +113,32 @@ TEST(Maintenance, TextsAsLongAsTheirColumnPassAndLongerOnesAreRefused) {
   });
 }
 
+TEST(Selection, TakesValuesLongerThanAnyColumn) {
+  OnOwnThread([] {
+    const TestInstallation site;
+    site.Sql("INSERT INTO BUDGETDIMENSIONTYPE (BUDGETDIMTYPE1) VALUES ('Department')");
+    site.Sql(
+        "INSERT INTO BUDGET (BUDGETCODE, BUDGETTYPE, OFFICEDESCRIPTION, CHARGETYPECODE) VALUES ('A', 1, '', "
+        "''), ('B', 1, NULL, NULL)");
+    site.Sql(
+        "INSERT INTO BUDGETLINES (BUDGETCODE, STARTDATE) VALUES ('A', '2026-01-01T00:00:00'), ('B', "
+        "'2026-01-01T00:00:00')");
+    std::string text;
+    for (int i = 0; i < 1000; ++i) text += "'%é]";
+    auto properties = std::make_shared<automation::Collection>();
+    properties->Add(text, "Department");
+    properties->Add(text, "RequisitionChargeType");
+    properties->Add("Lyon", "RequisitionRequisitionerOffice");
+    std::string code;
+    BudgetT().GetBudget(properties, code, std::nullopt);
+    EXPECT_EQ(code, "A");
+    std::string office = text;
+    const auto relevant = BudgetT().GetRelevantBudget(properties, office, text);
+    EXPECT_EQ(relevant->Count(), 1);
+    EXPECT_TRUE(relevant->Exists("B"));
+  });
+}
+
 // Every operation that writes, on a ledger that holds something for it to do.
 struct Operation {
   const char* name;
