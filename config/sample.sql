@@ -152,3 +152,64 @@ INSERT INTO CHARGELINES (REQUISITIONLINEID, REQUISITIONLINENUMBER, REVISION, ADM
 
 INSERT INTO REQUISITIONPARAMETER (PARAMNAME, PARAMVALUE) VALUES
   ('SendEmailToBudgetHolderForBudgetWarning', 'True');
+
+-- The accounts behind the charge types, and one on the balance sheet for what is worth capitalising. The
+-- first dimension is the department, the second one the project.
+INSERT INTO LEDGERACCOUNT (LEDGERACCOUNT, DESCRIPTION, ACCOUNTTYPE, DATEFROM, DATETO,
+                           DIMENSION1, DIMENSION2, DIMENSION3, DIMENSION4, DIMENSION5) VALUES
+  ('0310', 'Computer equipment',      1, NULL,                  NULL,                  1, 1, 3, 3, 3),
+  ('4130', 'Training',                4, NULL,                  NULL,                  1, 3, 3, 3, 3),
+  ('4200', 'Housing and facilities',  4, NULL,                  NULL,                  2, 3, 3, 3, 3),
+  ('4310', 'Small computer hardware', 4, NULL,                  NULL,                  2, 2, 3, 3, 3),
+  ('4320', 'Software licences',       4, NULL,                  NULL,                  2, 2, 3, 3, 3),
+  ('4325', 'Software for projects',   4, '2026-01-01T00:00:00', NULL,                  2, 1, 3, 3, 3),
+  ('4330', 'Cloud services',          4, '2024-01-01T00:00:00', NULL,                  1, 3, 3, 3, 3),
+  ('4400', 'Travel until 2025',       4, NULL,                  '2025-12-31T23:59:59', 2, 3, 3, 3, 3),
+  ('4410', 'Travel',                  4, '2026-01-01T00:00:00', NULL,                  2, 3, 3, 3, 3),
+  ('4500', 'Marketing and events',    4, NULL,                  NULL,                  1, 3, 3, 3, 3),
+  ('4900', 'Other expenses',          3, NULL,                  NULL,                  3, 3, 3, 3, 3);
+
+INSERT INTO ACCOUNTINGPARAMETER (PARAMETERNAME, PARAMETERVALUE) VALUES
+  ('DIMENSION1', 'RequisitionDepartment'),
+  ('DIMENSION2', 'RequisitionProject'),
+  ('DIMENSION3', ''),
+  ('DIMENSION4', ''),
+  ('DIMENSION5', '');
+
+-- Of the rules whose lines all hold, the lowest sequence number decides.
+INSERT INTO ACCOUNTINGRULE (ACCRULEID, RULEDESCRIPTION, SEQUENCENUMBER, LEDGERACCOUNT,
+                            DATEFROM, DATETO) VALUES
+  (1,  'Everything else',               900, '4900', NULL,                  NULL),
+  (2,  'Equipment from 5,000 on',        10, '0310', NULL,                  NULL),
+  (3,  'Hardware',                       20, '4310', NULL,                  NULL),
+  (4,  'Software that a project needs',  30, '4325', NULL,                  NULL),
+  (5,  'Software',                       40, '4320', NULL,                  NULL),
+  (6,  'Cloud',                          50, '4330', NULL,                  NULL),
+  (7,  'Travel, old account',            60, '4400', NULL,                  '2025-12-31T23:59:59'),
+  (8,  'Travel',                         61, '4410', '2026-01-01T00:00:00', NULL),
+  (9,  'Training',                       70, '4130', NULL,                  NULL),
+  (10, 'Marketing departments',          80, '4500', NULL,                  NULL),
+  (11, 'Facilities, support excepted',   90, '4200', NULL,                  NULL);
+
+-- The operators: 1 Less, 2 LessEqual, 3 Greater, 4 GreaterEqual, 5 Equal, 6 NotEqual, 7 Contains, 8 Inside,
+-- 9 NotIn.
+INSERT INTO ACCOUNTINGRULELINE (ACCRULEID, LINENUMBER, LINEDESCRIPTION, OPERATOR, FIELDVALUE) VALUES
+  (1,  1, 'RequisitionAmount',     6, '0'),
+  (2,  1, 'RequisitionChargeType', 5, 'HARDWARE'),
+  (2,  2, 'RequisitionAmount',     4, '5000'),
+  (3,  1, 'RequisitionChargeType', 5, 'HARDWARE'),
+  (4,  1, 'RequisitionChargeType', 8, 'SOFTWARE;CLOUD'),
+  (4,  2, 'RequisitionProject',    6, ''),
+  (5,  1, 'RequisitionChargeType', 5, 'SOFTWARE'),
+  (6,  1, 'RequisitionChargeType', 5, 'CLOUD'),
+  (7,  1, 'RequisitionChargeType', 5, 'TRAVEL'),
+  (8,  1, 'RequisitionChargeType', 5, 'TRAVEL'),
+  (9,  1, 'RequisitionChargeType', 5, 'TRAINING'),
+  (10, 1, 'RequisitionDepartment', 7, 'Marketing'),
+  (11, 1, 'RequisitionChargeType', 5, 'FACILITIES'),
+  (11, 2, 'RequisitionDepartment', 9, 'Support;Helpdesk');
+
+INSERT INTO REQUISITIONLINE (REQUISITIONLINEID, REQUISITIONLINENUMBER, LEDGERACCOUNT) VALUES
+  (5001, 1, '4310'),
+  (5002, 1, '4320'),
+  (5003, 1, '4200');

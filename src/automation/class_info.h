@@ -223,6 +223,11 @@ class ClassInfo {
   Type Name{};                                     \
   inline static const bool declares_##Name = Info().AddField<Self, &Self::Name>(#Name, documentation)
 
+// A property that is plain storage and whose published name cannot be its C++ name.
+#define TALVEX_NAMED_PROPERTY(Type, Name, published, documentation) \
+  Type Name{};                                                      \
+  inline static const bool declares_##Name = Info().AddField<Self, &Self::Name>(published, documentation)
+
 // A property that can only be read, computed by the const method `Name`.
 #define TALVEX_READONLY(Type, Name, published, documentation) \
   [[nodiscard]] Type Name() const;                            \

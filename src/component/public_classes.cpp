@@ -1,5 +1,7 @@
 #include "component/public_classes.h"
 
+#include "accounting/accounting_parameter.h"
+#include "accounting/budget_manager.h"
 #include "automation/collection.h"
 #include "automation/dictionary.h"
 #include "ledger/budget_t.h"
@@ -10,6 +12,12 @@ namespace talvex::component {
 
 void RegisterPublicClasses(automation::ClassRegistry& classes) {
   classes.Register<BudgetT>();
+
+  classes.Register<BudgetManager>();
+  classes.Register<LedgerAccount>();
+  classes.Register<AccountingRule>();
+  classes.Register<AccountingRuleLine>();
+  classes.Register<AccountingParameter>();
 
   classes.Register<automation::Dictionary>();
   classes.Register<automation::Collection>();

@@ -186,7 +186,7 @@ class CommonToAllCommands(SampleTest):
     def test_help_and_version(self):
         overview = run("--help")
         self.assertEqual((overview.returncode, overview.stderr), (DONE, ""))
-        for command in ("init", "post", "show", "tree", "verify", "describe", "call", "rpc"):
+        for command in ("init", "post", "account", "show", "tree", "verify", "describe", "call", "rpc"):
             self.assertRegex(overview.stdout, rf"\n  {command} +\w")
             own = run(command, "--help")
             self.assertEqual(own.returncode, DONE)
@@ -200,7 +200,7 @@ class CommonToAllCommands(SampleTest):
                 self.assertEqual(self.talvex(*arguments, status=USAGE).stdout, "")
 
     def test_an_installation_must_be_given_and_be_one(self):
-        for command in (("tree",), ("show", "IT"), ("verify",), ("rpc",),
+        for command in (("tree",), ("show", "IT"), ("verify",), ("rpc",), ("account", "A=1"),
                         ("post", "IT", "1", "EUR", "--type", "1")):
             with self.subTest(command=command):
                 without = run(*command)

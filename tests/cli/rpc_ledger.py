@@ -49,8 +49,8 @@ class Ledger(SampleTest):
         answer = self.call("Insert", "NEW", ["CURRENCYCODE", "USERID", "BUDGETWARNING"], ["EUR", "", 12.3456])
         self.assertEqual(answer["out"]["iValues"], ["EUR", None, 12.35])
         self.call("InsertLine", "NEW", 0, ["STARTDATE", "BUDGETAMNT"], [DAY, 10])
-        self.assertEqual(self.sql("SELECT STARTDATE, AVAILABLEAMNT FROM BUDGETLINES WHERE BUDGETCODE = 'NEW'"),
-                         [("2026-03-16T00:00:00", 10)])
+        lines = self.sql("SELECT STARTDATE, AVAILABLEAMNT FROM BUDGETLINES WHERE BUDGETCODE = 'NEW'")
+        self.assertEqual(lines, [("2026-03-16T00:00:00", 10)])
         self.assertEqual(self.gateway.error_number(
             "invoke", object=self.ledger, method="Update", args=["NEW", ["USERID"], ["nobody"]]), -2147221497)
         self.call("Delete", "NEW")

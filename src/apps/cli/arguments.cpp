@@ -44,6 +44,7 @@ class Grammar {
     AddCheck();
     AddSelect();
     AddBudgets();
+    AddAccount();
     AddShowAndTree();
     AddLoops();
     AddCharge();
@@ -194,6 +195,19 @@ class Grammar {
     AddPlainTo(*charge, "types", "List the charge types and their ledger accounts", &RunChargeTypes);
     const auto [type, code] = AddTo(*charge, "delete-type", "Delete a charge type", &RunChargeDropType);
     Positional(*type, "CODE", *code, "The charge type")->required();
+  }
+
+  void AddAccount() {
+    const auto [command, arguments] =
+        Add("account", "Find the ledger account that a requisition line defaults to", &RunAccount);
+    Positional(*command, "NAME=VALUE", arguments->properties,
+               "The properties of the requisition line; all that the rules look at must be there");
+    command
+        ->add_option(
+            "--type", arguments->type,
+            "Only accounts of that type: BalanceSheet, ProfitAndLoss, Miscellaneous, Expense, or 1 to 4")
+        ->type_name("TYPE");
+    command->add_flag("--explain", arguments->explain, "Tell how each rule fared");
   }
 
   void AddShowAndTree() {

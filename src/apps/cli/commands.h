@@ -82,6 +82,13 @@ struct LoopsArguments {
 };
 ExitStatus RunLoops(Session& session, const LoopsArguments& arguments);
 
+struct AccountArguments {
+  std::vector<std::string> properties;  // Each "name=value".
+  std::string type;                     // As it was typed; empty for accounts of every type.
+  bool explain = false;
+};
+ExitStatus RunAccount(Session& session, const AccountArguments& arguments);
+
 ExitStatus RunShow(Session& session, const std::string& code);
 
 // Without a code, all budgets.

@@ -7,6 +7,7 @@
 
 #include "apps/cli/amount_titles.h"
 #include "apps/cli/commands.h"
+#include "apps/cli/enumeration_argument.h"
 #include "apps/cli/inputs.h"
 #include "apps/cli/layout.h"
 #include "apps/cli/ledger_rows.h"
@@ -22,16 +23,11 @@ using automation::Date;
 constexpr std::string_view kClass = "Talvex.BudgetT";
 constexpr std::string_view kMethod = "PostToBudget";
 
-struct PostingType {
-  std::int32_t number = 0;
-  std::string name;  // The number, when the enumeration has no name for it.
-};
-
 struct Posting {
   std::string code;
   double amount = 0;
   std::string currency;
-  PostingType type;
+  Member type;
   Date date;
 };
 
@@ -46,31 +42,6 @@ struct Report {
   std::optional<std::int32_t> line;  // The budget's own line that was posted to.
   std::vector<Change> changes;       // Of the budget itself and of those above it.
 };
-
-const automation::EnumerationInfo& PostingTypes(Session& session) {
-  const automation::ClassInfo* const info = session.Host().Environment()->classes->Find(kClass);
-  const automation::Method* const method = info == nullptr ? nullptr : info->FindMethod(kMethod);
-  if (method != nullptr) {
-    for (const automation::Parameter& parameter : method->parameters) {
-      if (parameter.enumeration != nullptr) return *parameter.enumeration;
-    }
-  }
-  throw Failure(std::string(kClass) + " does not say which types of posting there are");
-}
-
-// A type's name, or any whole number: whether it is one of a type is for the ledger to say.
-PostingType TypeOf(const std::string& text, Session& session) {
-  const automation::EnumerationInfo& types = PostingTypes(session);
-  const auto number = automation::ParseNumber(text);
-  const bool whole = number && std::trunc(*number) == *number && std::abs(*number) <= INT32_MAX;
-  std::string names;
-  for (const auto& [name, value] : types.Members()) {
-    if (automation::SameFolded(name, text) || (whole && *number == value)) return {value, name};
-    names.append(names.empty() ? "" : ", ").append(name);
-  }
-  if (whole) return {static_cast<std::int32_t>(*number), text};
-  throw UsageError("'" + Shortened(text) + "' is no type of posting; the types are " + names);
-}
 
 // The budget and all those above it, each once. The hierarchy may be a diamond, or even have a loop.
 std::vector<std::string> WithAncestors(Connection& connection, const std::string& code) {
@@ -222,7 +193,7 @@ void PrintText(Session& session, const Posting& posting, const Report& report,
 
 ExitStatus RunPost(Session& session, const PostArguments& arguments) {
   const double amount = AmountOf(arguments.amount);
-  const PostingType type = TypeOf(arguments.type, session);
+  const Member type = ReadMember(EnumerationOf(session, kClass, kMethod), arguments.type, "type of posting");
   const Posting posting = {arguments.code, amount, arguments.currency, type, DateOf(arguments.date, session)};
 
   const std::set<std::string> mails_before = Mails(session);

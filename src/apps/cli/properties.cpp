@@ -2,14 +2,13 @@
 
 #include "apps/cli/layout.h"
 #include "apps/cli/session.h"
-#include "automation/collection.h"
 
 namespace talvex::apps {
 
 using automation::Variant;
 
-Variant PropertiesOf(const std::vector<std::string>& values,
-                     const std::vector<std::pair<std::string, std::string>>& set) {
+std::shared_ptr<automation::Collection> PropertiesOf(
+    const std::vector<std::string>& values, const std::vector<std::pair<std::string, std::string>>& set) {
   auto properties = std::make_shared<automation::Collection>();
   const auto add = [&](const std::string& name, const Variant& value) {
     try {
