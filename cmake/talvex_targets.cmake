@@ -45,17 +45,17 @@ function(talvex_library target)
   talvex_precompile(${target})
 endfunction()
 
-# talvex_adapter(NAME PACKAGE package LINK target...) makes talvex_adapter_NAME from src/adapters/NAME. The
-# package is looked for only when the adapter has sources; its headers stay inside the adapter.
+# talvex_adapter(NAME PACKAGE package... LINK target...) makes talvex_adapter_NAME from src/adapters/NAME. The
+# packages are looked for only when the adapter has sources; their headers stay inside the adapter.
 macro(talvex_adapter name)
-  cmake_parse_arguments(adapter "" "PACKAGE" "LINK" ${ARGN})
+  cmake_parse_arguments(adapter "" "" "PACKAGE;LINK" ${ARGN})
   talvex_library(talvex_adapter_${name} FOLDERS adapters/${name} LINK talvex_core)
   if(TARGET talvex_adapter_${name})
     list(APPEND TALVEX_ADAPTERS talvex_adapter_${name})
-    if(adapter_PACKAGE)
-      find_package(${adapter_PACKAGE} REQUIRED)
-      target_link_libraries(talvex_adapter_${name} PRIVATE ${adapter_LINK})
-    endif()
+    foreach(adapter_package IN LISTS adapter_PACKAGE)
+      find_package(${adapter_package} REQUIRED)
+    endforeach()
+    target_link_libraries(talvex_adapter_${name} PRIVATE ${adapter_LINK})
   endif()
 endmacro()
 

@@ -8,7 +8,7 @@
 #include "automation/class_registry.h"
 #include "platform/clock.h"
 #include "platform/files.h"
-#include "platform/xml/xml.h"
+#include "platform/xml/tree.h"
 
 namespace talvex::platform {
 

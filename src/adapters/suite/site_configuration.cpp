@@ -10,7 +10,8 @@ namespace talvex::adapters::suite {
 namespace {
 
 using automation::Error;
-using platform::xml::Element;
+using platform::xml::XmlDocument;
+using platform::xml::XmlNode;
 
 constexpr std::string_view kSource = "Corvane.Configuration";
 
@@ -45,20 +46,20 @@ bool SiteApplication::Add(const std::string& section, const std::string& key, st
 }
 
 std::shared_ptr<const SiteConfiguration> SiteConfiguration::Read(const std::string& path) {
-  const platform::Environment& environment = platform::Environment::Current();
   const std::string file = platform::SystemPath(path);
-  const auto document = environment.xml->Parse(environment.files->Read(file));
-  if (document->Error().code != 0) RaiseUnusable(file, document->Error().reason);
-  return std::make_shared<const SiteConfiguration>(file, *document->Root());
+  const std::string text = platform::Environment::Current().files->Read(file);
+  XmlDocument document;
+  if (!document.LoadXml(text)) RaiseUnusable(file, document.Error().reason);
+  return std::make_shared<const SiteConfiguration>(file, *document.DocumentElement());
 }
 
-SiteConfiguration::SiteConfiguration(std::string path, const Element& root)
+SiteConfiguration::SiteConfiguration(std::string path, XmlNode& root)
     : path_(std::move(path)), directory_(DirectoryOf(path_)) {
   if (root.Name() != "siteconfiguration") RaiseBroken("its first element is <" + root.Name() + ">");
   for (const auto& element : root.Children("application")) AddApplication(*element);
 }
 
-void SiteConfiguration::AddApplication(const Element& element) {
+void SiteConfiguration::AddApplication(XmlNode& element) {
   const std::string name = element.Attribute("name");
   const std::string config_dir = platform::SystemPath(element.Attribute("configdir"));
   const auto [added, is_new] = applications_.try_emplace(name, Resolved(directory_, config_dir));
@@ -70,7 +71,7 @@ void SiteConfiguration::AddApplication(const Element& element) {
 }
 
 void SiteConfiguration::AddEntry(SiteApplication& application, const std::string& section,
-                                 const Element& element) const {
+                                 XmlNode& element) const {
   const std::string key = element.Attribute("key");
   if (!application.Add(section, key, automation::Replaced(element.Text(), "{ConfigDir}", directory_))) {
     RaiseBroken("its section '" + section + "' has the key '" + key + "' twice");

@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "automation/text.h"
-#include "platform/xml/xml.h"
+#include "platform/xml/xml_document.h"
 
 namespace talvex::adapters::suite {
 
@@ -44,7 +44,7 @@ class SiteConfiguration {
   // when it is no site configuration or says something twice.
   [[nodiscard]] static std::shared_ptr<const SiteConfiguration> Read(const std::string& path);
 
-  SiteConfiguration(std::string path, const platform::xml::Element& root);
+  SiteConfiguration(std::string path, platform::xml::XmlNode& root);
 
   // Raises 5, naming the application and the file, when the file does not have it.
   [[nodiscard]] const SiteApplication& Application(std::string_view name) const;
@@ -52,9 +52,9 @@ class SiteConfiguration {
   [[nodiscard]] std::string ConnectionText() const;
 
  private:
-  void AddApplication(const platform::xml::Element& element);
+  void AddApplication(platform::xml::XmlNode& element);
   void AddEntry(SiteApplication& application, const std::string& section,
-                const platform::xml::Element& element) const;
+                platform::xml::XmlNode& element) const;
   [[noreturn]] void RaiseBroken(std::string_view reason) const;
 
   std::string path_;

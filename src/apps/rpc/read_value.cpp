@@ -9,6 +9,7 @@
 #include "apps/rpc/values.h"
 #include "automation/collection.h"
 #include "automation/dictionary.h"
+#include "platform/xml/xml_document.h"
 
 namespace talvex::apps::rpc {
 
@@ -19,6 +20,7 @@ using automation::Date;
 using automation::Dictionary;
 using automation::ObjectRef;
 using automation::Variant;
+using platform::xml::XmlDocument;
 
 namespace {
 
@@ -136,19 +138,43 @@ Variant ReadObject(const Json& content, const ObjectTable& objects) {
   return object;
 }
 
+Variant ReadDocument(const Json& content, const ObjectTable& /*objects*/) {
+  auto document = std::make_shared<XmlDocument>();
+  document->LoadXml(Text(content, "$xml"));
+  return document;
+}
+
+// Two members, "$xml" and "$node".
+Variant ReadNode(const Json& json) {
+  const Json& content = json.at("$xml");
+  XmlDocument document;
+  if (!document.LoadXml(Text(content, "$xml"))) {
+    throw InvalidParams("no XML document is " + ShownJson(content) + ": " + document.Error().reason);
+  }
+  const Json& xpath = json.at("$node");
+  try {
+    if (auto node = document.SelectSingleNode(Text(xpath, "$node"))) return node;
+  } catch (const automation::Error& error) {
+    throw InvalidParams(ShownJson(xpath) + ": " + error.Description());
+  }
+  throw InvalidParams("there is no node " + ShownJson(xpath) + " in " + ShownJson(content));
+}
+
 struct Form {
   std::string_view name;
   Variant (*read)(const Json& content, const ObjectTable& objects);
 };
-constexpr std::array<Form, 6> kForms = {{{"$empty", ReadEmpty},
+constexpr std::array<Form, 7> kForms = {{{"$empty", ReadEmpty},
                                          {"$date", ReadDate},
                                          {"$currency", ReadCurrency},
                                          {"$dictionary", ReadDictionary},
                                          {"$collection", ReadCollection},
+                                         {"$xml", ReadDocument},
                                          {"$object", ReadObject}}};
 
-// A value in an object of one member, whose name says the form.
+// A value in an object of one member, whose name says the form; only a node takes two.
 Variant ReadForm(const Json& json, const ObjectTable& objects) {
+  if (json.size() == 2 && json.contains("$xml") && json.contains("$node")) return ReadNode(json);
   if (json.size() != 1) throw InvalidParams("no value is written " + ShownJson(json));
   const auto member = json.begin();
   for (const Form& form : kForms) {

@@ -7,6 +7,8 @@
 //   {"$currency": "12.3400"}    Currency                  [1, "a"]                    Array
 //   {"$dictionary": [["key", item], ..]}                  a Dictionary
 //   {"$collection": [["key", item], [null, item], ..]}    a Collection, null for an item without a key
+//   {"$xml": "<a/>"}            an XML document read from the text, with its parse error when it is none
+//   {"$xml": "<a><b/></a>", "$node": "//b"}               the first node that the expression selects from it
 //   {"$object": 3}                                        the object of that number
 #pragma once
 
@@ -26,7 +28,7 @@ class InvalidParams : public std::runtime_error {
 
 // The value that the JSON says. Raises InvalidParams for one that says none: an object that is not of the
 // forms above, a date that does not exist, an amount that a Currency cannot hold exactly, a key used twice,
-// an unknown object.
+// an unknown object, a node that is not there.
 [[nodiscard]] automation::Variant ReadValue(const Json& json, const ObjectTable& objects);
 
 // The JSON that says the value. A Dictionary or a Collection is written with its items, unless the client
