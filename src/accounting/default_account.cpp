@@ -11,6 +11,7 @@
 #include "services/frame.h"
 #include "services/lib_general.h"
 #include "services/lib_sql.h"
+#include "services/required.h"
 
 namespace talvex {
 
@@ -44,11 +45,8 @@ class Requisition {
   // Raises 5 for a property that is not there.
   const PropertyValue& Get(std::string_view name) {
     if (const auto known = known_.find(name); known != known_.end()) return known->second;
-    if (properties_ == nullptr) {
-      throw automation::Error(automation::error_number::kObjectNotSet, "Talvex.BudgetManager",
-                              "Object not set: the requisition properties");
-    }
-    return known_.emplace(name, PropertyValue(properties_->Item(name))).first->second;
+    Collection& properties = Required(properties_, "the requisition properties", "Talvex.BudgetManager");
+    return known_.emplace(name, PropertyValue(properties.Item(name))).first->second;
   }
 
  private:

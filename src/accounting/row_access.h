@@ -7,11 +7,11 @@
 #include <string_view>
 
 #include "automation/conversions.h"
-#include "automation/error.h"
 #include "platform/database/recordset.h"
 #include "services/frame.h"
 #include "services/lib_general.h"
 #include "services/lib_sql.h"
+#include "services/required.h"
 
 namespace talvex {
 
@@ -48,11 +48,7 @@ bool ChangesRows(std::string_view method, Body&& body) {
 // The object that a caller passed; 91 when it is not set.
 template <class T>
 [[nodiscard]] const T& Given(const std::shared_ptr<T>& object) {
-  if (object == nullptr) {
-    throw automation::Error(automation::error_number::kObjectNotSet, "Talvex.BudgetManager",
-                            "Object not set: an object of class " + T::ClassName() + " is wanted");
-  }
-  return *object;
+  return Required(object, "an object of class " + T::ClassName() + " is wanted", "Talvex.BudgetManager");
 }
 
 [[nodiscard]] inline std::int16_t Int16Of(const automation::Variant& value) {

@@ -113,14 +113,20 @@ struct MethodTraits<R (C::*)(P...)> {
                         std::index_sequence<I...>) {
     std::tuple<Slot<P>...> slots{
         MakeSlot<P>(I < arguments.size() ? arguments[I] : nullptr, method.parameters[I])...};
-    if constexpr (std::is_void_v<R>) {
-      (self.*Function)(std::get<I>(slots).Value()...);
+    try {
+      if constexpr (std::is_void_v<R>) {
+        (self.*Function)(std::get<I>(slots).Value()...);
+        (std::get<I>(slots).Return(), ...);
+        return {};
+      } else {
+        Variant result = ValueOf<std::remove_cvref_t<R>>::To((self.*Function)(std::get<I>(slots).Value()...));
+        (std::get<I>(slots).Return(), ...);
+        return result;
+      }
+    } catch (...) {
+      // What the method had put into its by-reference arguments when it failed is the caller's, too.
       (std::get<I>(slots).Return(), ...);
-      return {};
-    } else {
-      Variant result = ValueOf<std::remove_cvref_t<R>>::To((self.*Function)(std::get<I>(slots).Value()...));
-      (std::get<I>(slots).Return(), ...);
-      return result;
+      throw;
     }
   }
 };

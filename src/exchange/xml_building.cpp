@@ -1,7 +1,7 @@
 #include "automation/text.h"
 #include "exchange/budget.h"
-#include "exchange/required.h"
 #include "services/frame.h"
+#include "services/required.h"
 
 namespace talvex {
 

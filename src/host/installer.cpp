@@ -73,6 +73,11 @@ void Fill(const std::string& directory, bool with_sample) {
     files.MakeFolder(directory + "/" + folder);
   }
   files.WriteNew(directory + "/siteconfiguration.xml", FileContent("config/siteconfiguration.xml"));
+  constexpr std::string_view kConfig = "config/";
+  for (const Resource& resource : InstallationFiles()) {
+    if (!resource.path.starts_with("config/talvex/")) continue;
+    files.WriteNew(directory + "/" + std::string(resource.path.substr(kConfig.size())), resource.content);
+  }
   adapters::sqlite::CreateDatabase(directory + "/talvex.db", DatabaseScript(with_sample));
 }
 

@@ -4,6 +4,7 @@
 #include "ledger/budget_t.h"
 #include "ledger/line_amounts.h"
 #include "services/frame.h"
+#include "services/required.h"
 
 namespace talvex {
 
@@ -30,14 +31,11 @@ Availability AvailabilityOf(const LineAmounts& line) {
 void BudgetT::SetBudgetAvailable(RecordsetRef& iRS) {
   Reads("Talvex.BudgetT.SetBudgetAvailable", [&] {
     constexpr double kPercent = 100;
-    if (iRS == nullptr) {
-      throw automation::Error(automation::error_number::kObjectNotSet, "Talvex.BudgetT",
-                              "Object not set: the record set");
-    }
-    const double fraction_before = Lib_General::Gen_NullToDouble(iRS->Value("AVAILABLEPERC"));
-    const Availability available = AvailabilityOf(ReadLineAmounts(*iRS));
-    iRS->SetValue("AVAILABLEAMNT", available.amount);
-    iRS->SetValue("AVAILABLEPERC", available.fraction);
+    platform::database::Recordset& line = Required(iRS, "the record set", "Talvex.BudgetT");
+    const double fraction_before = Lib_General::Gen_NullToDouble(line.Value("AVAILABLEPERC"));
+    const Availability available = AvailabilityOf(ReadLineAmounts(line));
+    line.SetValue("AVAILABLEAMNT", available.amount);
+    line.SetValue("AVAILABLEPERC", available.fraction);
     if (available.fraction == fraction_before) return;
     checkbudgetwarning(fraction_before * kPercent, available.fraction * kPercent, iRS);
   });

@@ -12,6 +12,7 @@
 #include "automation/dictionary.h"
 #include "platform/database/recordset.h"
 #include "platform/suite.h"
+#include "platform/xml/xml_document.h"
 #include "types/talvex_types.h"
 
 namespace talvex {
@@ -184,6 +185,41 @@ class BudgetT final : public automation::Object {
 
   TALVEX_METHOD(std::shared_ptr<automation::Dictionary>, GetAllChargeTypes, (),
                 "The codes of all charge types, as keys and items. Only reads.");
+
+  // Loading, from elements of the budget import document
+
+  TALVEX_METHOD(
+      bool, InsertBudgets,
+      (const std::shared_ptr<platform::xml::XmlNode>& i_oHeaderXMLNode,
+       const std::shared_ptr<platform::xml::XmlDocument>& i_oBudgetXML, std::string& o_sError,
+       std::string& o_sUser),
+      "Writes the budget of a BudgetHeader element and, from the document, the lines of the same "
+      "budgetCode. Of a budget that exists only charge type, holder and warning step change, and its "
+      "currency as long as it has no lines. What is wrong with a line is added to o_sError in the "
+      "language of o_sUser, and the line is passed over. True. Writes BUDGET and BUDGETLINES.");
+
+  TALVEX_METHOD(
+      void, InsertBudgetLines,
+      (const std::string& i_sBudgetCode, const std::shared_ptr<platform::xml::XmlNode>& i_oBudgetXMLNode,
+       const std::string& i_sUser, std::string& o_sError, const std::optional<bool>& i_bFromHeader = {}),
+      "Writes one BudgetLine element: the amount of the line of exactly that period, or a new line. A "
+      "missing element, a budget that does not exist (not asked when i_bFromHeader is set) and a "
+      "period in conflict with every line are added to o_sError. Writes BUDGETLINES. Raises 13 for "
+      "dates and amounts that are none.");
+
+  TALVEX_METHOD(
+      void, InsertBudgetRelations,
+      (const std::string& i_sBudgetCode, const std::shared_ptr<platform::xml::XmlNode>& i_oXMLNode,
+       const std::string& i_sUser, std::string& o_sError),
+      "Puts the ChildBudget of a BudgetRelation element under the budget of its budgetCode, unless it "
+      "stands there already. A relation without parent or child, and one by which a budget would end "
+      "up above itself, is added to o_sError instead. Writes BUDGETRELATIONS.");
+
+  TALVEX_METHOD(
+      std::string, GetXMLTagValue,
+      (const std::shared_ptr<platform::xml::XmlDocument>& i_oXMLDOM, const std::string& i_sTagName),
+      "The text of the document's only element of that name; the empty text when there is none, when "
+      "there are several, and when the document could not be parsed. Failures are not logged.");
 
   // Listings
 

@@ -7,6 +7,7 @@
 #include "services/frame.h"
 #include "services/lib_general.h"
 #include "services/lib_sql.h"
+#include "services/required.h"
 
 namespace talvex {
 
@@ -53,7 +54,7 @@ void BudgetT::GetBudget(std::shared_ptr<Collection>& iDBLinks, std::string& oBud
                         const std::optional<Variant>& /*iReqId*/) {
   Reads("Talvex.BudgetT.GetBudget", [&] {
     oBudgetCode.clear();
-    Collection& properties = RequireProperties(iDBLinks);
+    Collection& properties = Required(iDBLinks, "the requisition's properties", "Talvex.BudgetT");
     const auto connection = getConnection();
     const std::string charge_type = GetDimensionValue(properties, "RequisitionChargeType");
     const std::string office = GetDimensionValue(properties, "RequisitionRequisitionerOffice");

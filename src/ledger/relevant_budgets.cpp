@@ -6,6 +6,7 @@
 #include "services/frame.h"
 #include "services/lib_general.h"
 #include "services/lib_sql.h"
+#include "services/required.h"
 
 namespace talvex {
 
@@ -49,7 +50,7 @@ std::shared_ptr<Dictionary> BudgetT::GetRelevantBudget(std::shared_ptr<Collectio
                                                        std::string& iAdminOffice, std::string& iChargeType) {
   // The failures of this operation carry the name of another one: monitors know them by it.
   return Reads("Talvex.BudgetT.getAllStandardBudgets", [&] {
-    Collection& properties = RequireProperties(iDBLinks);
+    Collection& properties = Required(iDBLinks, "the requisition's properties", "Talvex.BudgetT");
     const auto connection = Lib_General::getConnection();
     const auto types = TypesOf(iAdminOffice, connection);
     const Dimensions dimensions = types->Eof() ? Dimensions() : DimensionValues(*types, properties);

@@ -1,6 +1,5 @@
 #include "ledger/selection.h"
 
-#include "automation/error.h"
 #include "automation/text.h"
 #include "services/lib_general.h"
 
@@ -23,12 +22,6 @@ std::string TrimmedText(const automation::Variant& value) {
 }
 
 }  // namespace
-
-Collection& RequireProperties(const std::shared_ptr<Collection>& properties) {
-  if (properties != nullptr) return *properties;
-  throw automation::Error(automation::error_number::kObjectNotSet, "Talvex.BudgetT",
-                          "Object not set: the requisition's properties");
-}
 
 std::string GetDimensionValue(Collection& properties, const std::string& type) {
   const std::string name(automation::Trimmed(type));

@@ -4,7 +4,6 @@
 
 #include <array>
 #include <cstddef>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -18,10 +17,6 @@ using Dimensions = std::array<std::string, 3>;
 
 // Office and charge type, office alone, charge type alone, neither.
 inline constexpr std::size_t kSelectionLevels = 4;
-
-// The collection itself; 91 when there is none.
-[[nodiscard]] automation::Collection& RequireProperties(
-    const std::shared_ptr<automation::Collection>& properties);
 
 // The requisition's value for a kind of dimension: the trimmed text of the property of that name, the empty
 // text for Null and for a blank name. A property that is missing raises 5.

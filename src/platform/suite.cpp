@@ -68,6 +68,20 @@ std::int32_t CurrencyConverter::Decimals(std::string_view code) const {
   return automation::ToInt32(Get().Call("Decimals", code));
 }
 
+std::shared_ptr<automation::Dictionary> CurrencyConverter::CurrencyCodes() const {
+  using Codes = automation::ValueOf<std::shared_ptr<automation::Dictionary>>;
+  return Codes::From(Get().Call("CurrencyCodes"));
+}
+
+std::shared_ptr<automation::Collection> SuiteUser::Offices() const {
+  using Offices = automation::ValueOf<std::shared_ptr<automation::Collection>>;
+  return Offices::From(Get().Call("Offices"));
+}
+
+bool SuiteUser::Exists(std::string_view user) const {
+  return automation::ToBoolean(Get().Call("Exists", user));
+}
+
 void SuiteUser::SendMail(std::string_view from, std::string_view to, std::string_view subject,
                          std::string_view body) const {
   Get().Call("SendMail", from, to, subject, body);

@@ -77,6 +77,8 @@ class CurrencyConverter : public Service {
   [[nodiscard]] automation::Currency Convert(std::string_view source, std::string_view target,
                                              automation::Currency amount, automation::Date date) const;
   [[nodiscard]] std::int32_t Decimals(std::string_view code) const;
+  // All currencies, their codes as keys.
+  [[nodiscard]] std::shared_ptr<automation::Dictionary> CurrencyCodes() const;
 };
 
 // The users of the suite and their mail.
@@ -86,6 +88,9 @@ class SuiteUser : public Service {
   // Both users by their id.
   void SendMail(std::string_view from, std::string_view to, std::string_view subject,
                 std::string_view body) const;
+  // The administrative offices, as items.
+  [[nodiscard]] std::shared_ptr<automation::Collection> Offices() const;
+  [[nodiscard]] bool Exists(std::string_view user) const;
 };
 
 // One user of the membership directory.

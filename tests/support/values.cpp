@@ -8,6 +8,8 @@
 #include "automation/collection.h"
 #include "automation/conversions.h"
 #include "automation/dictionary.h"
+#include "automation/text.h"
+#include "platform/xml/xml_document.h"
 
 namespace talvex::test {
 
@@ -49,6 +51,8 @@ class Reader {
   Variant Value() {
     if (AtEnd()) throw std::runtime_error("a value is missing at the end of: " + text_);
     if (StandsBeforeQuote()) return Quoted();
+    if (Skip("xml\"")) return Document();
+    if (Skip("node\"")) return Document()->DocumentElement();
     if (Skip("[")) return ArrayItems();
     if (Skip("dictionary{")) {
       auto dictionary = std::make_shared<Dictionary>();
@@ -74,6 +78,14 @@ class Reader {
     const std::size_t end = std::min(text_.find_first_of(ends, at_), text_.size());
     const std::size_t begin = std::exchange(at_, end);
     return text_.substr(begin, end - begin);
+  }
+
+  // The quote before it has been read.
+  std::shared_ptr<platform::xml::XmlDocument> Document() {
+    --at_;
+    auto document = std::make_shared<platform::xml::XmlDocument>();
+    if (!document->LoadXml(Quoted())) throw std::runtime_error("no XML in: " + text_);
+    return document;
   }
 
   std::string Quoted() {
@@ -147,6 +159,10 @@ std::string ShownObject(const Variant& value) {
   return "<Object>";
 }
 
+std::string OnOneLine(const std::string& text) {
+  return automation::Replaced(automation::Replaced(text, "\r", "\\r"), "\n", "\\n");
+}
+
 std::string ShownArray(const Array& array) {
   std::string items;
   for (const Variant& item : array.Items()) items.append(items.empty() ? "" : ", ").append(Shown(item));
@@ -180,7 +196,7 @@ std::string Shown(const Variant& value) {
       return iso.ends_with("T00:00:00") ? iso.substr(0, 10) : iso;
     }
     case Kind::String:
-      return value.As<std::string>().empty() ? "\"\"" : value.As<std::string>();
+      return value.As<std::string>().empty() ? "\"\"" : OnOneLine(value.As<std::string>());
     case Kind::Array:
       return ShownArray(value.As<Array>());
     case Kind::Object:

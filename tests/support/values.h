@@ -9,11 +9,13 @@
 namespace talvex::test {
 
 // null, empty, nan, infinity; numbers, dates; "texts in quotes" with \" \\ \r \n; [arrays, of, values];
-// {"key": value, ...} for a collection and dictionary{"key": value, ...} for a dictionary; any other word is
-// itself. Raises std::runtime_error for what is none of these.
+// {"key": value, ...} for a collection and dictionary{"key": value, ...} for a dictionary; xml"<a/>" for a
+// document and node"<a/>" for its root; any other word is itself. Raises std::runtime_error for what is none
+// of these.
 [[nodiscard]] std::vector<automation::Variant> ReadValues(const std::string& text);
 
-// The same spelling back, except that texts stand without quotes, an empty one as "".
+// The same spelling back, except that texts stand without quotes, an empty one as "", line ends as
+// \r and \n.
 [[nodiscard]] std::string Shown(const automation::Variant& value);
 
 // The words of a line, separated by blanks; a run in quotes may contain some.

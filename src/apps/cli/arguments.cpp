@@ -48,6 +48,7 @@ class Grammar {
     AddShowAndTree();
     AddLoops();
     AddCharge();
+    AddExchange();
     AddVerify();
     AddDescribe();
     AddCall();
@@ -215,6 +216,15 @@ class Grammar {
     Positional(*show, "CODE", *code, "The budget")->required();
     const auto [tree, top] = Add("tree", "Draw the hierarchy of budgets", &RunTree);
     Positional(*tree, "CODE", *top, "Only this budget and those below it");
+  }
+
+  void AddExchange() {
+    const auto [out, range] = Add("export", "Export a range of budgets to a workbook", &RunExport);
+    Positional(*out, "FROM", range->from, "The first budget")->required();
+    Positional(*out, "TO", range->to, "The last budget")->required();
+    const auto [in, file] = Add("import", "Import budgets from a workbook", &RunImport);
+    Positional(*in, "FILE", file->file, "An .xls workbook, laid out as exports are")->required();
+    in->add_flag("--dry-run", file->dry_run, "Tell what would be done, and keep nothing");
   }
 
   void AddVerify() {

@@ -89,6 +89,18 @@ struct AccountArguments {
 };
 ExitStatus RunAccount(Session& session, const AccountArguments& arguments);
 
+struct ExportArguments {
+  std::string from;
+  std::string to;
+};
+ExitStatus RunExport(Session& session, const ExportArguments& arguments);
+
+struct ImportArguments {
+  std::string file;
+  bool dry_run = false;
+};
+ExitStatus RunImport(Session& session, const ImportArguments& arguments);
+
 ExitStatus RunShow(Session& session, const std::string& code);
 
 // Without a code, all budgets.

@@ -1,0 +1,178 @@
+#include <algorithm>
+#include <array>
+
+#include <nlohmann/json.hpp>
+
+#include "apps/cli/commands.h"
+#include "apps/cli/layout.h"
+#include "apps/cli/progress.h"
+#include "automation/text.h"
+#include "automation/transaction_context.h"
+#include "component/import_report.h"
+
+namespace talvex::apps {
+
+namespace {
+
+using component::ImportedRow;
+using component::ImportReport;
+using Kind = ImportedRow::Kind;
+using Outcome = ImportedRow::Outcome;
+
+constexpr std::array<std::pair<Outcome, const char*>, 4> kOutcomes = {{{Outcome::Inserted, "inserted"},
+                                                                       {Outcome::Changed, "changed"},
+                                                                       {Outcome::LeftAlone, "left alone"},
+                                                                       {Outcome::Refused, "refused"}}};
+constexpr std::array<std::pair<Kind, const char*>, 3> kKinds = {
+    {{Kind::Budget, "budget"}, {Kind::Line, "line"}, {Kind::Relation, "relation"}}};
+
+template <class Names, class Value>
+const char* NameIn(const Names& names, Value value) {
+  for (const auto& [candidate, name] : names) {
+    if (candidate == value) return name;
+  }
+  return "";
+}
+
+// The messages of an error text without the dashes and codes around them being touched; no blank ones.
+std::vector<std::string> Messages(const std::string& error) {
+  std::vector<std::string> messages;
+  for (std::string_view rest = error; !rest.empty();) {
+    const std::size_t end = rest.find("\r\n");
+    std::string_view message = rest.substr(0, end);
+    if (message.ends_with('-')) message.remove_suffix(1);
+    if (!message.empty()) messages.emplace_back(message);
+    rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 2);
+  }
+  return messages;
+}
+
+void PrintMessages(const Session& session, const std::string& error) {
+  for (const std::string& message : Messages(error)) session.Out() << "  " << Printable(message) << '\n';
+}
+
+Json RowJson(const ImportedRow& row) {
+  return {{"kind", NameIn(kKinds, row.kind)},
+          {"budget", row.code},
+          {"detail", row.detail},
+          {"sheet", row.sheet},
+          {"row", row.row},
+          {"outcome", NameIn(kOutcomes, row.outcome)},
+          {"messages", row.messages}};
+}
+
+std::string PlaceText(const ImportedRow& row) {
+  return row.row == 0 ? std::string() : Printable(row.sheet) + " " + std::to_string(row.row);
+}
+
+// How many rows of each kind met each outcome.
+Table CountTable(const ImportReport& report) {
+  Table table;
+  Table::Row head = {{}};
+  for (const auto& [outcome, name] : kOutcomes) head.push_back(RightCell(name));
+  table.Add(std::move(head));
+  for (const auto& [kind, kind_name] : kKinds) {
+    Table::Row cells = {{std::string(kind_name) + "s"}};
+    for (const auto& [outcome, name] : kOutcomes) {
+      const auto count = std::count_if(report.rows.begin(), report.rows.end(), [&](const ImportedRow& row) {
+        return row.kind == kind && row.outcome == outcome;
+      });
+      const bool alarming = outcome == Outcome::Refused && count > 0;
+      cells.push_back({std::to_string(count), Table::Align::Right, alarming ? Colour::Red : Colour::Plain});
+    }
+    table.Add(std::move(cells));
+  }
+  return table;
+}
+
+// One line for every message, of refused and changed rows; inserted ones without any.
+Table DetailTable(const ImportReport& report) {
+  Table table;
+  for (const auto& [outcome, name] : kOutcomes) {
+    if (outcome == Outcome::LeftAlone) continue;
+    for (const ImportedRow& row : report.rows) {
+      if (row.outcome != outcome) continue;
+      const auto add = [&](const std::string& message) {
+        table.Add({{PlaceText(row)},
+                   {name, Table::Align::Left, outcome == Outcome::Refused ? Colour::Red : Colour::Plain},
+                   {Printable(row.code)},
+                   {Printable(row.detail)},
+                   {Printable(message)}});
+      };
+      if (row.messages.empty()) add("");
+      for (const std::string& message : row.messages) add(message);
+    }
+  }
+  return table;
+}
+
+void PrintReport(const Session& session, const ImportReport& report, const std::string& log, bool dry_run) {
+  if (session.Options().json) {
+    Json rows = Json::array();
+    for (const ImportedRow& row : report.rows) rows.push_back(RowJson(row));
+    session.Print({{"imported", report.imported},
+                   {"dryRun", dry_run},
+                   {"errors", Messages(report.error)},
+                   {"errorLog", log.empty() ? Json(nullptr) : Json(log)},
+                   {"rows", std::move(rows)}});
+    return;
+  }
+  if (report.rows.empty() && !report.imported) {
+    session.Out() << "Nothing could be imported:\n";
+    PrintMessages(session, report.error);
+  } else {
+    session.Out() << (dry_run ? "What an import would do; nothing was kept:\n\n" : "")
+                  << CountTable(report).ToText(session.Look(), "  ");
+    const std::string details = DetailTable(report).ToText(session.Look(), "  ");
+    if (!details.empty()) session.Out() << '\n' << details;
+  }
+  if (!log.empty()) session.Out() << "\nThe messages are in " << Printable(log) << '\n';
+}
+
+}  // namespace
+
+ExitStatus RunExport(Session& session, const ExportArguments& arguments) {
+  static_cast<void>(session.Host());  // The component works in the environment of the installation.
+  Progress progress("Exporting");
+  const component::ExportReport report =
+      component::ExportBudgets(arguments.from, arguments.to, session.Options().user);
+  progress.Done();
+  const bool exported = automation::Trimmed(report.error).empty();
+  const std::string log = exported ? std::string() : component::WriteErrorLog(report.error, std::nullopt);
+  if (session.Options().json) {
+    session.Print({{"exported", exported},
+                   {"file", exported ? Json(report.file) : Json(nullptr)},
+                   {"errors", Messages(report.error)},
+                   {"errorLog", log.empty() ? Json(nullptr) : Json(log)}});
+  } else if (exported) {
+    session.Out() << "Exported to " << Printable(session.Options().directory + "/")
+                  << Printable(automation::Replaced(report.file, "\\", "/")) << '\n';
+  } else {
+    session.Out() << "The export failed:\n";
+    PrintMessages(session, report.error);
+    session.Out() << "The messages are in " << Printable(log) << '\n';
+  }
+  return exported ? ExitStatus::Done : ExitStatus::No;
+}
+
+ExitStatus RunImport(Session& session, const ImportArguments& arguments) {
+  ImportReport report;
+  const host::Outcome outcome = session.InTransaction([&] {
+    Progress progress("Importing");
+    report = component::ImportWorkbook(arguments.file, session.Options().user,
+                                       [&](std::size_t rows) { progress.Count(rows); });
+    progress.Done();
+    if (arguments.dry_run) automation::TransactionContext::Current()->SetAbort();
+  });
+  const bool undone = outcome == host::Outcome::Aborted && !arguments.dry_run;
+  std::string log;
+  if (!arguments.dry_run && !automation::Trimmed(report.error).empty())
+    log = component::WriteErrorLog(report.error, arguments.file);
+  PrintReport(session, report, log, arguments.dry_run);
+  if (undone && !session.Options().json)
+    session.Out() << "\nThe import was undone: something broke on the way.\n";
+  return report.imported && !undone && automation::Trimmed(report.error).empty() ? ExitStatus::Done
+                                                                                 : ExitStatus::No;
+}
+
+}  // namespace talvex::apps

@@ -1,0 +1,30 @@
+// The files of an installation that exports and imports work with, below the configuration directory.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace talvex {
+
+namespace installation_file {
+inline constexpr std::string_view kExportStylesheet = "\\talvex\\XSL\\Budgets_Export.xsl";
+inline constexpr std::string_view kExportTemplate = "\\talvex\\XLT\\Budgets_Export.XLT";
+inline constexpr std::string_view kExportSchema = "\\talvex\\XSD\\Budgets_Export.xsd";
+inline constexpr std::string_view kExportedBudgets = "\\talvex\\exportedbudgets\\";
+inline constexpr std::string_view kImportStylesheet = "\\talvex\\XSL\\Budgets_Import.xslt";
+// Spelled so in every installation.
+inline constexpr std::string_view kImportSchema = "\\talvex\\XSD\\Bugets_Import1.xsd";
+inline constexpr std::string_view kErrorLogs = "\\talvex\\errorlog\\";
+}  // namespace installation_file
+
+inline constexpr std::string_view kSchemaInstance = "http://www.w3.org/2001/XMLSchema-instance";
+
+// The configuration directory, as the suite's configuration tells it.
+[[nodiscard]] std::string ConfigurationDirectory();
+
+// Month, day and year of today, one after the other without leading zeros: 15 March 2026 is 3152026.
+[[nodiscard]] std::string TodayInNames();
+// The time of day as six digits: 090703.
+[[nodiscard]] std::string TimeInNames();
+
+}  // namespace talvex

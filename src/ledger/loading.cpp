@@ -1,0 +1,226 @@
+// Writing budgets, lines and relations that come as elements of the budget import document.
+#include <algorithm>
+#include <optional>
+
+#include "automation/conversions.h"
+#include "automation/text.h"
+#include "ledger/budget_t.h"
+#include "ledger/closed_loops.h"
+#include "platform/database/literals.h"
+#include "platform/xml/xpath_literal.h"
+#include "services/frame.h"
+#include "services/lib_general.h"
+#include "services/lib_sql.h"
+#include "services/required.h"
+
+namespace talvex {
+
+using automation::Date;
+using automation::SameFolded;
+using automation::Variant;
+using Lib_General::Gen_EmptyToNull;
+using Lib_General::getConnection;
+using Lib_SQL::Sql_GetReadonlyRecordset;
+using Lib_SQL::Sql_GetUpdateableRecordset;
+using platform::database::LockType;
+using platform::database::Recordset;
+using platform::database::TextLiteral;
+using platform::xml::XmlDocumentRef;
+using platform::xml::XmlNodeRef;
+
+namespace {
+
+constexpr std::string_view kSource = "Talvex.BudgetT";
+constexpr std::int32_t kStandard = 1;
+constexpr std::int32_t kAggregate = 2;
+
+// One element in a document of its own: what is asked of it cannot stray into its neighbours.
+class Element {
+ public:
+  Element(const platform::xml::XmlNode& node, const std::string& name) {
+    if (!document_.LoadXml(node.Xml())) {
+      throw automation::Error(automation::error_number::kInvalidCall, kSource,
+                              "The element cannot be read: " + document_.Error().reason);
+    }
+    const XmlNodeRef element = document_.SelectSingleNode("//" + name);
+    if (element != nullptr) code_ = element->Attribute("budgetCode");
+  }
+
+  [[nodiscard]] const std::string& Code() const noexcept { return code_; }
+  [[nodiscard]] std::string Text(const std::string& child) const { return document_.TextOfOnly(child); }
+  // Nothing when there is no such child. 13 for one that is no date.
+  [[nodiscard]] std::optional<Date> Day(const std::string& child) {
+    if (document_.SelectSingleNode("//" + child) == nullptr) return std::nullopt;
+    return automation::ToDate(Variant(Text(child))).DayOnly();
+  }
+
+ private:
+  platform::xml::XmlDocument document_;
+  std::string code_;
+};
+
+Variant NumberOrNull(const std::string& text) {
+  if (automation::Trimmed(text).empty()) return automation::kNull;
+  return automation::ToDouble(Variant(text));
+}
+
+void SetNewBudget(Recordset& budget, const Element& header) {
+  budget.AddNew(std::nullopt, std::nullopt);
+  budget.SetValue("BUDGETCODE", header.Code());
+  budget.SetValue("CURRENCYCODE", header.Text("Currency"));
+  budget.SetValue("APPROVEINBUDGET", SameFolded(header.Text("ApprovalReqd"), "YES") ? 1 : 0);
+  budget.SetValue("OFFICEDESCRIPTION", Gen_EmptyToNull(header.Text("AdministrativeOffice")));
+  const std::string type = header.Text("BudgetType");
+  if (SameFolded(type, "STANDARD")) budget.SetValue("BUDGETTYPE", kStandard);
+  if (SameFolded(type, "AGGREGATE")) budget.SetValue("BUDGETTYPE", kAggregate);
+}
+
+// What an import changes in new and existing budgets alike.
+void SetWhatMayChange(Recordset& budget, const Element& header) {
+  budget.SetValue("CHARGETYPECODE", header.Text("ChargeType"));
+  budget.SetValue("USERID", Gen_EmptyToNull(header.Text("BudgetHolder")));
+  budget.SetValue("BUDGETWARNING", NumberOrNull(header.Text("WarnMultiples")));
+}
+
+std::string SelectLines(const std::string& code) {
+  return "SELECT * FROM BUDGETLINES WHERE BUDGETCODE=" + TextLiteral(code);
+}
+
+struct Period {
+  Date start;
+  std::optional<Date> end;
+};
+
+std::string DayLiteral(Date day) { return "'" + day.ToText() + "'"; }
+
+// Stands on the line of exactly that period; false when there is none.
+bool FindSame(Recordset& lines, const Period& period) {
+  const std::string end = period.end ? "ENDDATE = " + DayLiteral(*period.end) : "ENDDATE IS NULL";
+  lines.SetFilter("(STARTDATE = " + DayLiteral(period.start) + " AND " + end + ")");
+  return !lines.Eof();
+}
+
+// Whether every line conflicts with the period. The test is kept in exactly this form, although only a line
+// whose dates are turned round fails it. A period without an end is compared by its start alone.
+bool Conflicts(Recordset& lines, const Period& period) {
+  const std::string start = DayLiteral(period.start);
+  if (period.end) {
+    const std::string end = DayLiteral(*period.end);
+    lines.SetFilter(" ((STARTDATE <= " + end + ") OR  (ENDDATE >= " + start + ") OR  (STARTDATE <> " + start +
+                    " AND ENDDATE <> " + end + ")) ");
+  } else {
+    lines.SetFilter("(ENDDATE >= " + start + ") OR (STARTDATE <> " + start + ")");
+  }
+  return lines.Eof();
+}
+
+void AddLine(Recordset& lines, const std::string& code, const Period& period) {
+  lines.SetFilter("");
+  lines.AddNew(std::nullopt, std::nullopt);
+  lines.SetValue("BUDGETCODE", code);
+  lines.SetValue("STARTDATE", period.start);
+  lines.SetValue("ENDDATE", period.end ? Variant(*period.end) : Variant(automation::kNull));
+}
+
+// Whether the parent is the child itself or stands below it already.
+bool ClosesLoop(const std::string& parent, const std::string& child) {
+  if (automation::SameCode(parent, child)) return true;
+  const AncestorPairs ancestors = ParentBudgets().CollectAncestors(parent);
+  const auto& pairs = ancestors.Pairs();
+  return std::any_of(pairs.begin(), pairs.end(),
+                     [&](const HoldParents& pair) { return automation::SameCode(pair.Parent, child); });
+}
+
+}  // namespace
+
+bool BudgetT::InsertBudgets(const XmlNodeRef& i_oHeaderXMLNode, const XmlDocumentRef& i_oBudgetXML,
+                            std::string& o_sError, std::string& o_sUser) {
+  return Writes("Talvex.BudgetT.InsertBudgets", [&] {
+    const Element header(Required(i_oHeaderXMLNode, "the header", kSource), "BudgetHeader");
+    const auto connection = getConnection();
+    auto budget =
+        Sql_GetUpdateableRecordset("SELECT * FROM BUDGET WHERE BUDGETCODE=" + TextLiteral(header.Code()),
+                                   connection, LockType::Optimistic);
+    if (budget->Eof()) {
+      SetNewBudget(*budget, header);
+    } else if (Sql_GetReadonlyRecordset(SelectLines(header.Code()), connection)->Eof()) {
+      // Amounts are kept in the budget's currency, so that of a budget with lines stays.
+      budget->SetValue("CURRENCYCODE", header.Text("Currency"));
+    }
+    SetWhatMayChange(*budget, header);
+    budget->Update(std::nullopt, std::nullopt);
+    Lib_SQL::CloseRecordset(budget);
+    const auto lines =
+        Required(i_oBudgetXML, "the document", kSource)
+            .SelectNodes("//BudgetLine[@budgetCode=" + platform::xml::XPathLiteral(header.Code()) + "]");
+    for (const XmlNodeRef& line : lines->Nodes())
+      InsertBudgetLines(header.Code(), line, o_sUser, o_sError, true);
+    return true;
+  });
+}
+
+void BudgetT::InsertBudgetLines(const std::string& i_sBudgetCode, const XmlNodeRef& i_oBudgetXMLNode,
+                                const std::string& i_sUser, std::string& o_sError,
+                                const std::optional<bool>& i_bFromHeader) {
+  Writes("Talvex.BudgetT.InsertBudgetLines", [&] {
+    const auto refuse = [&](const std::string& label) {
+      Lib_ErrorHandling::Err_AppendLine(o_sError, getI18N(i_sUser, label), i_sBudgetCode);
+    };
+    if (i_oBudgetXMLNode == nullptr) return refuse("SLBBU0341");
+    const auto connection = getConnection();
+    if (!i_bFromHeader.value_or(false)) {
+      const auto budget = Sql_GetReadonlyRecordset(
+          "SELECT * FROM BUDGET  WHERE BUDGETCODE=" + TextLiteral(i_sBudgetCode), connection);
+      if (budget->Eof()) return refuse("SLBBU0356");
+    }
+    Element element(*i_oBudgetXMLNode, "BudgetLine");
+    const Period period = {automation::ToDate(Variant(element.Text("EffectiveDate"))).DayOnly(),
+                           element.Day("ExpiryDate")};
+    const double amount = automation::ToDouble(Variant(element.Text("BudgetAmnt")));
+
+    auto lines = Sql_GetUpdateableRecordset(SelectLines(element.Code()), connection, LockType::Optimistic);
+    if (lines->Eof()) {
+      AddLine(*lines, element.Code(), period);
+    } else {
+      // An open-ended line that is there already has no end that could be compared.
+      const bool known = !period.end && FindSame(*lines, period);
+      if (!known && Conflicts(*lines, period)) return refuse("SLBBU0333");
+      if (!FindSame(*lines, period)) AddLine(*lines, element.Code(), period);
+    }
+    lines->SetValue("BUDGETAMNT", amount);
+    SetBudgetAvailable(lines);
+    lines->Update(std::nullopt, std::nullopt);
+    Lib_SQL::CloseRecordset(lines);
+  });
+}
+
+void BudgetT::InsertBudgetRelations(const std::string& i_sBudgetCode, const XmlNodeRef& i_oXMLNode,
+                                    const std::string& i_sUser, std::string& o_sError) {
+  Writes("Talvex.BudgetT.InsertBudgetRelations", [&] {
+    const Element relation(Required(i_oXMLNode, "the relation", kSource), "BudgetRelation");
+    const std::string parent = relation.Code();
+    const std::string child = relation.Text("ChildBudget");
+    const auto refuse = [&] {
+      Lib_ErrorHandling::Err_AppendLine(o_sError, getI18N(i_sUser, "SLBBU0336"), i_sBudgetCode);
+    };
+    if (automation::Trimmed(parent).empty() || automation::Trimmed(child).empty()) return refuse();
+    const auto connection = getConnection();
+    auto relations =
+        Sql_GetUpdateableRecordset("SELECT * FROM BUDGETRELATIONS WHERE PARENTBUDGET=" + TextLiteral(parent) +
+                                       " AND CHILDBUDGET=" + TextLiteral(child),
+                                   connection, LockType::Optimistic);
+    if (!relations->Eof()) return;
+    if (ClosesLoop(parent, child)) return refuse();
+    relations->AddNew(std::nullopt, std::nullopt);
+    relations->SetValue("PARENTBUDGET", parent);
+    relations->SetValue("CHILDBUDGET", child);
+    relations->Update(std::nullopt, std::nullopt);
+    Lib_SQL::CloseRecordset(relations);
+  });
+}
+
+std::string BudgetT::GetXMLTagValue(const XmlDocumentRef& i_oXMLDOM, const std::string& i_sTagName) {
+  return Required(i_oXMLDOM, "the document", kSource).TextOfOnly(i_sTagName);
+}
+
+}  // namespace talvex
