@@ -22,6 +22,7 @@ inline constexpr std::int32_t kFileAlreadyExists = 58;
 inline constexpr std::int32_t kFileAccess = 75;
 inline constexpr std::int32_t kObjectNotSet = 91;
 inline constexpr std::int32_t kInvalidUseOfNull = 94;
+inline constexpr std::int32_t kInvalidFileFormat = 321;
 inline constexpr std::int32_t kCannotCreateObject = 429;
 inline constexpr std::int32_t kNoSuchMember = 438;
 inline constexpr std::int32_t kArgumentNotOptional = 449;

@@ -1,9 +1,13 @@
 #include "host/host.h"
 
+#include <filesystem>
+#include <system_error>
+
 #include "adapters/libxml2/xml_engine.h"
 #include "adapters/posix/stack.h"
 #include "adapters/posix/system_clock.h"
 #include "adapters/posix/system_files.h"
+#include "adapters/spreadsheet/sheet_engine.h"
 #include "adapters/sqlite/driver.h"
 #include "adapters/suite/installation.h"
 #include "adapters/suite/services.h"
@@ -23,6 +27,12 @@ std::shared_ptr<const platform::Clock> MakeClock(const Settings& settings) {
   return std::make_shared<adapters::posix::SystemClock>();
 }
 
+// talvex-sheet lies beside the program that runs.
+std::string SheetProgram() {
+  std::error_code unknown;
+  return (std::filesystem::read_symlink("/proc/self/exe", unknown).parent_path() / "talvex-sheet").string();
+}
+
 std::shared_ptr<const platform::Environment> Compose(const Settings& settings,
                                                      const std::shared_ptr<Installation>& installation) {
   auto environment = std::make_shared<platform::Environment>();
@@ -32,6 +42,7 @@ std::shared_ptr<const platform::Environment> Compose(const Settings& settings,
   environment->clock = MakeClock(settings);
   environment->files = std::make_shared<adapters::posix::SystemFiles>();
   environment->xml = std::make_shared<adapters::libxml2::XmlEngine>();
+  environment->spreadsheets = std::make_shared<adapters::spreadsheet::SheetEngine>(SheetProgram());
   environment->sessions = std::make_shared<platform::database::SessionPool>();
   environment->sessions->AddDriver("SQLite", std::make_shared<adapters::sqlite::SqliteDriver>(
                                                  [clock = environment->clock] { return clock->Now(); }));

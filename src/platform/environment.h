@@ -15,6 +15,9 @@ namespace talvex::platform {
 namespace database {
 class SessionPool;
 }
+namespace spreadsheet {
+class Engine;
+}
 
 // The one place through which the component reaches the world. The composition root sets it once for the
 // process; a test may put another in its place for its own thread.
@@ -23,6 +26,7 @@ struct Environment {
   std::shared_ptr<const Clock> clock;
   std::shared_ptr<Files> files;
   std::shared_ptr<const xml::Engine> xml;
+  std::shared_ptr<const spreadsheet::Engine> spreadsheets;
   std::shared_ptr<database::SessionPool> sessions;
   // How many bytes of stack the calling thread has left.
   std::function<std::size_t()> stack_left;

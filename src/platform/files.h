@@ -23,6 +23,9 @@ class Files {
   // Writes a new file that appears under its name only when it is whole; a name that is taken raises 58.
   virtual void WriteNew(const std::string& path, std::string_view content) = 0;
 
+  // Writes a file that appears under its name only when it is whole, in place of the one that has the name.
+  virtual void Replace(const std::string& path, std::string_view content) = 0;
+
   // Adds to the end in one write, so that lines of several writers do not mix; makes the file when it is
   // missing.
   virtual void Append(const std::string& path, std::string_view content) = 0;

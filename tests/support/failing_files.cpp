@@ -35,6 +35,11 @@ void FailingFiles::WriteNew(const std::string& path, std::string_view content) {
   inner_->WriteNew(path, content);
 }
 
+void FailingFiles::Replace(const std::string& path, std::string_view content) {
+  Pass(Call::Replace, path);
+  inner_->Replace(path, content);
+}
+
 void FailingFiles::Append(const std::string& path, std::string_view content) {
   Pass(Call::Append, path);
   inner_->Append(path, content);

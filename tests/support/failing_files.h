@@ -17,7 +17,7 @@ namespace talvex::test {
 // Passes everything on to another file system, except the calls that a test lets fail.
 class FailingFiles final : public platform::Files {
  public:
-  enum class Call { Exists, Read, Version, WriteNew, Append, Rename, Remove, MakeFolder };
+  enum class Call { Exists, Read, Version, WriteNew, Replace, Append, Rename, Remove, MakeFolder };
 
   explicit FailingFiles(std::shared_ptr<platform::Files> inner) : inner_(std::move(inner)) {}
 
@@ -33,6 +33,7 @@ class FailingFiles final : public platform::Files {
   [[nodiscard]] std::string Read(const std::string& path) const override;
   [[nodiscard]] std::optional<std::string> Version(const std::string& path) const override;
   void WriteNew(const std::string& path, std::string_view content) override;
+  void Replace(const std::string& path, std::string_view content) override;
   void Append(const std::string& path, std::string_view content) override;
   void Rename(const std::string& from, const std::string& to) override;
   void Remove(const std::string& path) override;

@@ -121,6 +121,23 @@ void WriteWhole(const std::string& path, std::string_view content, const std::st
   file.Close();
 }
 
+// Writes under another name in the same folder, and gives the whole file its final name by `move`.
+template <class Move>
+void WriteBeside(const std::string& path, std::string_view content, Move move) {
+  const std::string final_name = Checked(path);
+  const std::string folder = FolderOf(final_name);
+  const Descriptor folder_handle(folder, O_RDONLY | O_DIRECTORY, path);
+  const std::string temporary_name = TemporaryName(folder);
+  try {
+    WriteWhole(temporary_name, content, path);
+    move(temporary_name, final_name, path);
+  } catch (...) {
+    unlink(temporary_name.c_str());
+    throw;
+  }
+  folder_handle.Sync();
+}
+
 }  // namespace
 
 bool SystemFiles::Exists(const std::string& path) const {
@@ -153,18 +170,13 @@ std::optional<std::string> SystemFiles::Version(const std::string& path) const {
 }
 
 void SystemFiles::WriteNew(const std::string& path, std::string_view content) {
-  const std::string final_name = Checked(path);
-  const std::string folder = FolderOf(final_name);
-  const Descriptor folder_handle(folder, O_RDONLY | O_DIRECTORY, path);
-  const std::string temporary_name = TemporaryName(folder);
-  try {
-    WriteWhole(temporary_name, content, path);
-    MoveToFreeName(temporary_name, final_name, path);
-  } catch (...) {
-    unlink(temporary_name.c_str());
-    throw;
-  }
-  folder_handle.Sync();
+  WriteBeside(path, content, &MoveToFreeName);
+}
+
+void SystemFiles::Replace(const std::string& path, std::string_view content) {
+  WriteBeside(path, content, [](const std::string& from, const std::string& to, const std::string& named) {
+    if (rename(from.c_str(), to.c_str()) != 0) Raise(errno, named);
+  });
 }
 
 void SystemFiles::Append(const std::string& path, std::string_view content) {

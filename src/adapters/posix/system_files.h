@@ -18,6 +18,7 @@ class SystemFiles final : public platform::Files {
   [[nodiscard]] std::string Read(const std::string& path) const override;
   [[nodiscard]] std::optional<std::string> Version(const std::string& path) const override;
   void WriteNew(const std::string& path, std::string_view content) override;
+  void Replace(const std::string& path, std::string_view content) override;
   void Append(const std::string& path, std::string_view content) override;
   void Rename(const std::string& from, const std::string& to) override;
   void Remove(const std::string& path) override;

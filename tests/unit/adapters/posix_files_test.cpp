@@ -93,6 +93,29 @@ TEST_F(PosixFilesTest, ANewFileNeverReplacesAnother) {
   EXPECT_EQ(Names().size(), 3U);
 }
 
+TEST_F(PosixFilesTest, AReplacedFileIsTheNewOneWhole) {
+  files_.Replace(Path("a"), "first");
+  files_.Replace(Path("a"), "second");
+  EXPECT_EQ(files_.Read(Path("a")), "second");
+  EXPECT_EQ(Names(), std::vector<std::string>{"a"});
+  fs::create_directory(Path("b"));
+  ExpectError(number::kFileAccess, Path("b"), "Is a directory", [&] { files_.Replace(Path("b"), "x"); });
+  ExpectError(number::kFileNotFound, Path("no/a"), "No such file",
+              [&] { files_.Replace(Path("no/a"), "x"); });
+  EXPECT_EQ(Names().size(), 2U);
+}
+
+TEST_F(PosixFilesTest, AFailedReplacementLeavesTheOldFile) {
+  files_.WriteNew(Path("a"), "old");
+  {
+    const SmallFilesOnly limit(1000);
+    ExpectError(number::kFileAccess, Path("a"), "File too large",
+                [&] { files_.Replace(Path("a"), std::string(10000, 'x')); });
+  }
+  EXPECT_EQ(files_.Read(Path("a")), "old");
+  EXPECT_EQ(Names(), std::vector<std::string>{"a"});
+}
+
 TEST_F(PosixFilesTest, OneOfManyWritersOfTheSameNameWinsWhole) {
   const auto write = [this](char letter) {
     try {

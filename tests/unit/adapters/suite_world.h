@@ -60,6 +60,10 @@ class MemoryFiles final : public platform::Files {
     Begin("WriteNew", path);
     if (!content.emplace(path, text).second) Raise(automation::error_number::kFileAlreadyExists, path);
   }
+  void Replace(const std::string& path, std::string_view text) override {
+    Begin("Replace", path);
+    content[path] = text;
+  }
   void Append(const std::string& path, std::string_view text) override {
     Begin("Append", path);
     content[path] += text;

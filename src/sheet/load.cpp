@@ -1,0 +1,75 @@
+#include "sheet/load.h"
+
+// clang-format off
+#include <dependent.h>
+#include <sheet.h>
+#include <value.h>
+// clang-format on
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include "sheet/cell_values.h"
+#include "sheet/properties.h"
+
+namespace talvex::sheet {
+
+namespace {
+
+using nlohmann::json;
+
+// The sheet's cells in their order, which the library's hash table does not keep.
+std::vector<const GnmCell*> OrderedCells(const Sheet* sheet, bool only_formulas) {
+  std::vector<const GnmCell*> cells;
+  cells.reserve(sheet_cells_count(sheet));
+  sheet_cell_foreach(
+      sheet,
+      [](gpointer /*key*/, gpointer cell, gpointer list) {
+        static_cast<std::vector<const GnmCell*>*>(list)->push_back(static_cast<const GnmCell*>(cell));
+      },
+      &cells);
+  if (only_formulas) std::erase_if(cells, [](const GnmCell* cell) { return cell->base.texpr == nullptr; });
+  std::sort(cells.begin(), cells.end(), [](const GnmCell* a, const GnmCell* b) {
+    return std::pair(a->pos.row, a->pos.col) < std::pair(b->pos.row, b->pos.col);
+  });
+  return cells;
+}
+
+// Values are those that the file's writer calculated. A formula without one was written by a program that
+// does not calculate.
+void CalculateMissing(Workbook* book) {
+  for (int index = 0; index < workbook_sheet_count(book); ++index) {
+    sheet_cell_foreach(
+        workbook_sheet_by_index(book, index),
+        [](gpointer /*key*/, gpointer item, gpointer /*data*/) {
+          auto* cell = static_cast<GnmCell*>(item);
+          if (cell->base.texpr != nullptr && VALUE_IS_EMPTY(cell->value)) cell_queue_recalc(cell);
+        },
+        nullptr);
+  }
+  workbook_recalc(book);
+}
+
+}  // namespace
+
+json ReadSheets(const Workbook* book, bool only_formulas) {
+  json::array_t sheets;
+  for (int index = 0; index < workbook_sheet_count(book); ++index) {
+    const Sheet* sheet = workbook_sheet_by_index(book, index);
+    message::CellWriter cells;
+    for (const GnmCell* cell : OrderedCells(sheet, only_formulas)) {
+      if (auto read = ReadCell(cell)) cells.Add(std::move(*read));
+    }
+    sheets.push_back({{"name", ValidText(sheet->name_unquoted)}, {"cells", cells.Take()}});
+  }
+  return sheets;
+}
+
+json Load(const std::string& path) {
+  const OpenWorkbook opened(path);
+  CalculateMissing(opened.Book());
+  return {{"sheets", ReadSheets(opened.Book(), false)}, {"properties", ReadProperties(opened.Book())}};
+}
+
+}  // namespace talvex::sheet

@@ -1,0 +1,280 @@
+"""Budgets out to a workbook and back in: export, edit as people do, import."""
+
+import os
+import re
+import shutil
+import unittest
+
+import xlrd
+import xlwt
+
+from _talvex import FAILED, NO, USAGE, SampleTest
+
+HEADERS = ("SELECT BUDGETCODE, BUDGETTYPE, CURRENCYCODE, OFFICEDESCRIPTION, CHARGETYPECODE, USERID, "
+           "APPROVEINBUDGET, BUDGETWARNING FROM BUDGET ORDER BY BUDGETCODE")
+LINES = "SELECT BUDGETCODE, STARTDATE, ENDDATE, BUDGETAMNT FROM BUDGETLINES ORDER BY BUDGETCODE, STARTDATE"
+RELATIONS = "SELECT PARENTBUDGET, CHILDBUDGET FROM BUDGETRELATIONS ORDER BY PARENTBUDGET, CHILDBUDGET"
+TABLES = (HEADERS, LINES, RELATIONS)
+
+BUDGETS_HEAD = ("Budget", "Type", "Currency", "Office", "Charge type", "Holder", "Approval", "Warning step, %")
+LINES_HEAD = ("Budget", "From", "To", "Budget amount")
+RELATIONS_HEAD = ("Parent budget", "Child budget")
+
+
+def write_workbook(path, budgets=(), lines=(), relations=(), sheets=("Budgets", "Lines", "Relations")):
+    """A workbook as somebody might make it without any export: only what the import reads."""
+    book = xlwt.Workbook(encoding="utf-8")
+    date = xlwt.easyxf(num_format_str="yyyy-mm-dd")
+    for name, head, rows in zip(sheets, (BUDGETS_HEAD, LINES_HEAD, RELATIONS_HEAD),
+                                (budgets, lines, relations)):
+        sheet = book.add_sheet(name)
+        for column, text in enumerate(head):
+            sheet.write(0, column, text)
+        for number, row in enumerate(rows, start=1):
+            for column, value in enumerate(row):
+                if value is None:
+                    continue
+                if hasattr(value, "year"):
+                    sheet.write(number, column, value, date)
+                else:
+                    sheet.write(number, column, value)
+    book.save(path)
+
+
+class ExchangeTest(SampleTest):
+    def tables(self):
+        return [self.sql(query) for query in TABLES]
+
+    def export(self, first="A", last="ZZZ"):
+        """Exports everything; the path of the workbook."""
+        answer = self.ask("export", first, last)
+        self.assertEqual((answer["exported"], answer["errors"], answer["errorLog"]), (True, [], None))
+        self.assertRegex(answer["file"], r"^talvex\\exportedbudgets\\Export_Budgets_3162026_100000\.xls$")
+        kept = os.path.join(self.folder.name, "kept.xls")
+        shutil.move(os.path.join(self.site, answer["file"].replace("\\", "/")), kept)
+        return kept
+
+    def book(self, **sheets):
+        path = os.path.join(self.folder.name, "made.xls")
+        write_workbook(path, **sheets)
+        return path
+
+    def imported(self, path, *options, status=0):
+        return self.ask("import", path, *options, status=status)
+
+
+class Export(ExchangeTest):
+    def test_the_workbook_holds_the_three_tables(self):
+        book = xlrd.open_workbook(self.export(), formatting_info=True)
+        self.assertEqual(book.sheet_names(), ["Read me", "Budgets", "Lines", "Relations", "Totals"])
+        budgets = book.sheet_by_name("Budgets")
+        self.assertEqual(tuple(budgets.row_values(0)), BUDGETS_HEAD)
+        codes = [budgets.cell_value(row, 0) for row in range(1, budgets.nrows)]
+        self.assertEqual(codes, [row[0] for row in self.sql(HEADERS)])
+        lines = book.sheet_by_name("Lines")
+        self.assertEqual(lines.nrows - 1, len(self.sql(LINES)))
+        self.assertEqual(lines.cell_type(1, 1), xlrd.XL_CELL_DATE)
+        self.assertEqual(lines.cell_type(1, 3), xlrd.XL_CELL_NUMBER)
+        last = lines.nrows - 1
+        formats = [book.format_map[book.xf_list[lines.cell_xf_index(row, 3)].format_key].format_str
+                   for row in (1, last)]
+        self.assertEqual(formats[0], formats[1])
+        self.assertIn("#,##0.00", formats[0])
+        totals = book.sheet_by_name("Totals")
+        values = {totals.cell_value(row, 0): totals.cell_value(row, 1) for row in range(2, totals.nrows)}
+        self.assertEqual((values["Budgets"], values["Lines"]), (len(codes), last))
+        self.assertAlmostEqual(values["Budget amount"], sum(row[3] for row in self.sql(LINES)))
+
+    def test_a_range_that_matches_nothing_gives_the_template(self):
+        book = xlrd.open_workbook(self.export("X", "Y"))
+        self.assertEqual(book.sheet_by_name("Budgets").nrows, 1)
+
+    def test_types_are_told_in_the_users_language(self):
+        answer = self.ask("export", "COMPANY", "COMPANY", "--user", "h.moreau")
+        book = xlrd.open_workbook(os.path.join(self.site, answer["file"].replace("\\", "/")))
+        self.assertEqual(book.sheet_by_name("Budgets").cell_value(1, 1), "Agrégé")
+
+    def test_a_second_export_in_the_same_second_fails_and_leaves_the_first(self):
+        first = self.ask("export", "A", "ZZZ")
+        path = os.path.join(self.site, first["file"].replace("\\", "/"))
+        with open(path, "rb") as file:
+            before = file.read()
+        again = self.ask("export", "A", "ZZZ", status=NO)
+        self.assertFalse(again["exported"])
+        self.assertEqual(again["errorLog"], "talvex/errorlog/Budgets_Export3162026-100000.txt")
+        with open(path, "rb") as file:
+            self.assertEqual(file.read(), before)
+
+    def test_what_is_missing_is_told_in_the_error_log(self):
+        for name, message in (("XSL/Budgets_Export.xsl", "The stylesheet for the budget export"),
+                              ("XLT/Budgets_Export.XLT", "The workbook template could not be opened")):
+            with self.subTest(name=name):
+                path = os.path.join(self.site, "talvex", name)
+                os.rename(path, path + ".away")
+                answer = self.ask("export", "A", "ZZZ", status=NO)
+                os.rename(path + ".away", path)
+                self.assertTrue(any(message in error for error in answer["errors"]), answer)
+                log = os.path.join(self.site, answer["errorLog"])
+                with open(log, encoding="cp1252", newline="") as file:
+                    self.assertIn("\r\n" + message, file.read())
+        self.assertEqual(os.listdir(os.path.join(self.site, "talvex/exportedbudgets")), [])
+
+
+class Circle(ExchangeTest):
+    def test_an_empty_installation_gets_the_same_budgets(self):
+        path = self.export()
+        before = self.tables()
+        for table in ("BUDGETLINES", "BUDGETRELATIONS", "BUDGET"):
+            self.sql(f"DELETE FROM {table}")
+        answer = self.imported(path)
+        self.assertTrue(answer["imported"])
+        self.assertEqual(answer["errors"], [])
+        self.assertEqual({row["outcome"] for row in answer["rows"]}, {"inserted"})
+        self.assertEqual(self.tables(), before)
+        again = self.imported(path)
+        self.assertEqual({row["outcome"] for row in again["rows"]}, {"left alone"})
+        self.assertEqual(self.tables(), before)
+
+    def test_every_language_comes_back(self):
+        before = self.tables()
+        for user in ("d.reed", "s.vermeer", "j.vogel", "h.moreau"):
+            with self.subTest(user=user):
+                answer = self.ask("export", "A", "ZZZ", "--user", user)
+                path = os.path.join(self.site, answer["file"].replace("\\", "/"))
+                for table in ("BUDGETLINES", "BUDGETRELATIONS", "BUDGET"):
+                    self.sql(f"DELETE FROM {table}")
+                self.imported(path, "--user", user)
+                self.assertEqual(self.tables(), before)
+                os.remove(path)
+
+    def test_a_dry_run_tells_all_and_keeps_nothing(self):
+        path = self.book(budgets=[("NEW", "Standard", "EUR", "", "SOFTWARE", "", "Yes", 10)],
+                         lines=[("NEW", "1/1/2026", "12/31/2026", 500), ("IT-HW-AMS", "1/1/2026", "12/31/2026", 7)],
+                         relations=[("IT", "NEW")])
+        before = self.tables()
+        answer = self.imported(path, "--dry-run")
+        self.assertEqual(self.tables(), before)
+        self.assertTrue(answer["dryRun"])
+        told = {(row["kind"], row["budget"], row["sheet"], row["row"]): row["outcome"] for row in answer["rows"]}
+        self.assertEqual(told, {("budget", "NEW", "Budgets", 2): "inserted", ("line", "NEW", "Lines", 2): "inserted",
+                                ("line", "IT-HW-AMS", "Lines", 3): "changed",
+                                ("relation", "IT", "Relations", 2): "inserted"})
+        self.assertEqual(os.listdir(os.path.join(self.site, "talvex/errorlog")), [])
+        text = self.talvex("import", path, "--dry-run").stdout
+        self.assertIn("What an import would do; nothing was kept:", text)
+        self.assertRegex(text, r"Lines 3 +changed +IT-HW-AMS .*BUDGETAMNT: '60000' is now '7'")
+
+
+class Faults(ExchangeTest):
+    GOOD = ("NEW", "Standard", "EUR", "Lyon", "SOFTWARE", "p.deboer", "Yes", 10)
+
+    def test_each_field_has_its_message(self):
+        rows = (
+            ((1, ""), "The budget type is missing"), ((2, ""), "The currency is missing"),
+            ((2, "QQQ"), "The currency is unknown"), ((3, "Mars"), "The administrative office is unknown"),
+            ((4, ""), "The charge type is missing"), ((4, "NONE"), "The charge type is unknown"),
+            ((5, "nobody"), "The budget holder is not a known user"),
+            ((6, "Perhaps"), "APPROVAL REQUIRED SHOULD BE YES OR NO"),
+            ((7, 100.5), "The warning step must be a percentage from 0 to 100"),
+            ((7, -1), "The warning step must be a percentage from 0 to 100"),
+            ((7, "abc"), "WARN MULTIPLES SHOULD BE NUMERIC VALUE"))
+        before = self.tables()
+        for (column, value), message in rows:
+            with self.subTest(message=message, value=value):
+                budget = list(self.GOOD)
+                budget[column] = value
+                answer = self.imported(self.book(budgets=[budget], lines=[("NEW", "1/1/2026", None, 5)]), status=NO)
+                self.assertTrue(answer["imported"])
+                self.assertIn(message + "-NEW", answer["errors"])
+                self.assertEqual([row["outcome"] for row in answer["rows"]], ["refused", "refused"])
+                self.assertEqual(self.tables(), before)
+
+    def test_0_and_100_are_warning_steps_and_empty_references_are_allowed(self):
+        for step in (0, 100, None):
+            budget = ("NEW", "Standard", "EUR", None, "SOFTWARE", None, None, step)
+            self.imported(self.book(budgets=[budget]))
+            self.assertEqual(self.sql("SELECT BUDGETWARNING, USERID FROM BUDGET WHERE BUDGETCODE = 'NEW'"),
+                             [(step, None)])
+
+    def test_each_line_fault_has_its_message_and_keeps_its_budget_out(self):
+        rows = ((("NEW", "soon", None, 5), "The effective date or the expiry date is not a valid date"),
+                (("NEW", "1/1/2026", "later", 5), "The effective date or the expiry date is not a valid date"),
+                (("NEW", "2/1/2026", "1/1/2026", 5), "The expiry date is earlier than the effective date"),
+                (("NEW", "1/1/2026", "1/1/2026", -5), "The budget amount must not be negative"))
+        before = self.tables()
+        for line, message in rows:
+            with self.subTest(message=message):
+                answer = self.imported(self.book(budgets=[self.GOOD], lines=[("NEW", "1/1/2025", None, 1), line]),
+                                       status=NO)
+                self.assertIn(message + "-NEW", answer["errors"])
+                self.assertEqual(self.tables(), before)
+                refused = [(row["sheet"], row["row"]) for row in answer["rows"] if message + "-NEW" in row["messages"]]
+                self.assertEqual(refused, [("Lines", 3)])
+
+    def test_a_day_may_be_a_period_and_an_amount_0(self):
+        self.imported(self.book(budgets=[self.GOOD], lines=[("NEW", "1/1/2026", "1/1/2026", 0)]))
+        self.assertEqual(self.sql("SELECT BUDGETAMNT FROM BUDGETLINES WHERE BUDGETCODE = 'NEW'"), [(0,)])
+
+    def test_each_relation_fault_has_its_message(self):
+        rows = ((("GHOST", "IT"), "The parent budget does not exist-GHOST"),
+                (("IT-HW-AMS", "IT-SW-AMS"), "Only an aggregate budget can have child budgets-IT-HW-AMS"),
+                (("IT", "GHOST"), "The child budget does not exist:GHOST-GHOST"),
+                (("IT", "COMPANY"), "The budget relation is not allowed: a parent or child is missing, or a budget "
+                                    "would end up above itself-IT"),
+                ((None, "IT"), "The budget code is missing-"), (("IT", None), "The budget code is missing-IT"))
+        for relation, message in rows:
+            with self.subTest(message=message):
+                answer = self.imported(self.book(relations=[relation]), status=NO)
+                told = [entry.rstrip("-") for entry in answer["errors"]]
+                self.assertIn(message.rstrip("-"), told)
+        both = self.imported(self.book(relations=[("IT-HW-AMS", "GHOST")]), status=NO)["errors"]
+        self.assertEqual(len(both), 2)
+
+    def test_a_refused_header_keeps_its_lines_out_but_its_relations_are_tried(self):
+        bad = ("IT-HW-AMS", "Standard", "EUR", "Mars", "SOFTWARE", "", "", None)
+        answer = self.imported(self.book(budgets=[bad], lines=[("IT-HW-AMS", "1/1/2030", None, 5)],
+                                         relations=[("MARKETING", "IT-HW-AMS")]), status=NO)
+        self.assertEqual([row["outcome"] for row in answer["rows"]], ["refused", "refused", "inserted"])
+        self.assertEqual(self.sql("SELECT * FROM BUDGETLINES WHERE STARTDATE LIKE '2030%'"), [])
+
+    def test_the_error_log_is_named_after_the_workbook(self):
+        answer = self.imported(self.book(budgets=[self.GOOD[:2] + ("QQQ",) + self.GOOD[3:]]), status=NO)
+        self.assertEqual(answer["errorLog"], "talvex/errorlog/made3162026-100000.txt")
+        with open(os.path.join(self.site, answer["errorLog"]), encoding="cp1252", newline="") as file:
+            self.assertEqual(file.read(), "\r\nThe currency is unknown-NEW")
+
+    def test_what_is_no_import_is_told(self):
+        before = self.tables()
+        text = os.path.join(self.folder.name, "text.xls")
+        with open(text, "w", encoding="utf-8") as file:
+            file.write("no workbook")
+        other = os.path.join(self.folder.name, "other.xls")
+        write_workbook(other, sheets=("Budgets", "Lines", "Something"))
+        for path, message in (("", "No workbook has been selected"), ("budgets.XLSX", "Only a workbook with the"),
+                              (os.path.join(self.folder.name, "missing.xls"), "could not be opened"),
+                              (text, "not a workbook of the expected kind"),
+                              (other, "do not match the layout")):
+            with self.subTest(path=path):
+                answer = self.imported(path, status=NO)
+                self.assertFalse(answer["imported"])
+                self.assertTrue(any(message in error for error in answer["errors"]), answer)
+        self.assertEqual(self.tables(), before)
+        upper = os.path.join(self.folder.name, "BUDGETS.XLS")
+        shutil.copy(self.book(budgets=[self.GOOD]), upper)
+        self.assertTrue(self.imported(upper)["imported"])
+
+    def test_refuses_what_makes_no_sense(self):
+        self.talvex("import", status=USAGE)
+        self.talvex("export", "A", status=USAGE)
+
+    def test_a_folder_that_cannot_be_written_fails_the_call(self):
+        shutil.rmtree(os.path.join(self.site, "talvex/errorlog"))
+        with open(os.path.join(self.site, "talvex/errorlog"), "w", encoding="utf-8") as file:
+            file.write("in the way")
+        failed = self.talvex("import", self.book(budgets=[("X",) + self.GOOD[1:2] + ("QQQ",) + self.GOOD[3:]]),
+                             status=FAILED)
+        self.assertTrue(re.search(r"errorlog", failed.stderr), failed.stderr)
+
+
+if __name__ == "__main__":
+    unittest.main()
