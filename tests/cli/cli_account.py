@@ -3,7 +3,7 @@
 import unittest
 
 from _talvex import DONE, FAILED, NO, USAGE, SampleTest, run
-from rpc_session import Gateway
+from _gateway import Gateway
 
 
 def requisition(charge_type, amount, department="IT", project=""):

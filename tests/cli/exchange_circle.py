@@ -16,7 +16,8 @@ LINES = "SELECT BUDGETCODE, STARTDATE, ENDDATE, BUDGETAMNT FROM BUDGETLINES ORDE
 RELATIONS = "SELECT PARENTBUDGET, CHILDBUDGET FROM BUDGETRELATIONS ORDER BY PARENTBUDGET, CHILDBUDGET"
 TABLES = (HEADERS, LINES, RELATIONS)
 
-BUDGETS_HEAD = ("Budget", "Type", "Currency", "Office", "Charge type", "Holder", "Approval", "Warning step, %")
+BUDGETS_HEAD = ("Budget", "Type", "Currency", "Office", "Charge type", "Holder", "Approval",
+                "Warning step, %")
 LINES_HEAD = ("Budget", "From", "To", "Budget amount")
 RELATIONS_HEAD = ("Parent budget", "Child budget")
 
@@ -149,14 +150,17 @@ class Circle(ExchangeTest):
 
     def test_a_dry_run_tells_all_and_keeps_nothing(self):
         path = self.book(budgets=[("NEW", "Standard", "EUR", "", "SOFTWARE", "", "Yes", 10)],
-                         lines=[("NEW", "1/1/2026", "12/31/2026", 500), ("IT-HW-AMS", "1/1/2026", "12/31/2026", 7)],
+                         lines=[("NEW", "1/1/2026", "12/31/2026", 500),
+                                ("IT-HW-AMS", "1/1/2026", "12/31/2026", 7)],
                          relations=[("IT", "NEW")])
         before = self.tables()
         answer = self.imported(path, "--dry-run")
         self.assertEqual(self.tables(), before)
         self.assertTrue(answer["dryRun"])
-        told = {(row["kind"], row["budget"], row["sheet"], row["row"]): row["outcome"] for row in answer["rows"]}
-        self.assertEqual(told, {("budget", "NEW", "Budgets", 2): "inserted", ("line", "NEW", "Lines", 2): "inserted",
+        told = {(row["kind"], row["budget"], row["sheet"], row["row"]): row["outcome"]
+                for row in answer["rows"]}
+        self.assertEqual(told, {("budget", "NEW", "Budgets", 2): "inserted",
+                                ("line", "NEW", "Lines", 2): "inserted",
                                 ("line", "IT-HW-AMS", "Lines", 3): "changed",
                                 ("relation", "IT", "Relations", 2): "inserted"})
         self.assertEqual(os.listdir(os.path.join(self.site, "talvex/errorlog")), [])
@@ -183,7 +187,8 @@ class Faults(ExchangeTest):
             with self.subTest(message=message, value=value):
                 budget = list(self.GOOD)
                 budget[column] = value
-                answer = self.imported(self.book(budgets=[budget], lines=[("NEW", "1/1/2026", None, 5)]), status=NO)
+                book = self.book(budgets=[budget], lines=[("NEW", "1/1/2026", None, 5)])
+                answer = self.imported(book, status=NO)
                 self.assertTrue(answer["imported"])
                 self.assertIn(message + "-NEW", answer["errors"])
                 self.assertEqual([row["outcome"] for row in answer["rows"]], ["refused", "refused"])
@@ -197,18 +202,19 @@ class Faults(ExchangeTest):
                              [(step, None)])
 
     def test_each_line_fault_has_its_message_and_keeps_its_budget_out(self):
-        rows = ((("NEW", "soon", None, 5), "The effective date or the expiry date is not a valid date"),
-                (("NEW", "1/1/2026", "later", 5), "The effective date or the expiry date is not a valid date"),
+        no_date = "The effective date or the expiry date is not a valid date"
+        rows = ((("NEW", "soon", None, 5), no_date), (("NEW", "1/1/2026", "later", 5), no_date),
                 (("NEW", "2/1/2026", "1/1/2026", 5), "The expiry date is earlier than the effective date"),
                 (("NEW", "1/1/2026", "1/1/2026", -5), "The budget amount must not be negative"))
         before = self.tables()
         for line, message in rows:
             with self.subTest(message=message):
-                answer = self.imported(self.book(budgets=[self.GOOD], lines=[("NEW", "1/1/2025", None, 1), line]),
-                                       status=NO)
+                book = self.book(budgets=[self.GOOD], lines=[("NEW", "1/1/2025", None, 1), line])
+                answer = self.imported(book, status=NO)
                 self.assertIn(message + "-NEW", answer["errors"])
                 self.assertEqual(self.tables(), before)
-                refused = [(row["sheet"], row["row"]) for row in answer["rows"] if message + "-NEW" in row["messages"]]
+                refused = [(row["sheet"], row["row"]) for row in answer["rows"]
+                           if message + "-NEW" in row["messages"]]
                 self.assertEqual(refused, [("Lines", 3)])
 
     def test_a_day_may_be_a_period_and_an_amount_0(self):
@@ -219,9 +225,10 @@ class Faults(ExchangeTest):
         rows = ((("GHOST", "IT"), "The parent budget does not exist-GHOST"),
                 (("IT-HW-AMS", "IT-SW-AMS"), "Only an aggregate budget can have child budgets-IT-HW-AMS"),
                 (("IT", "GHOST"), "The child budget does not exist:GHOST-GHOST"),
-                (("IT", "COMPANY"), "The budget relation is not allowed: a parent or child is missing, or a budget "
-                                    "would end up above itself-IT"),
-                ((None, "IT"), "The budget code is missing-"), (("IT", None), "The budget code is missing-IT"))
+                (("IT", "COMPANY"), "The budget relation is not allowed: a parent or child is missing, or a "
+                                    "budget would end up above itself-IT"),
+                ((None, "IT"), "The budget code is missing-"),
+                (("IT", None), "The budget code is missing-IT"))
         for relation, message in rows:
             with self.subTest(message=message):
                 answer = self.imported(self.book(relations=[relation]), status=NO)
@@ -250,7 +257,8 @@ class Faults(ExchangeTest):
             file.write("no workbook")
         other = os.path.join(self.folder.name, "other.xls")
         write_workbook(other, sheets=("Budgets", "Lines", "Something"))
-        for path, message in (("", "No workbook has been selected"), ("budgets.XLSX", "Only a workbook with the"),
+        for path, message in (("", "No workbook has been selected"),
+                              ("budgets.XLSX", "Only a workbook with the"),
                               (os.path.join(self.folder.name, "missing.xls"), "could not be opened"),
                               (text, "not a workbook of the expected kind"),
                               (other, "do not match the layout")):
@@ -271,8 +279,8 @@ class Faults(ExchangeTest):
         shutil.rmtree(os.path.join(self.site, "talvex/errorlog"))
         with open(os.path.join(self.site, "talvex/errorlog"), "w", encoding="utf-8") as file:
             file.write("in the way")
-        failed = self.talvex("import", self.book(budgets=[("X",) + self.GOOD[1:2] + ("QQQ",) + self.GOOD[3:]]),
-                             status=FAILED)
+        book = self.book(budgets=[("X",) + self.GOOD[1:2] + ("QQQ",) + self.GOOD[3:]])
+        failed = self.talvex("import", book, status=FAILED)
         self.assertTrue(re.search(r"errorlog", failed.stderr), failed.stderr)
 
 

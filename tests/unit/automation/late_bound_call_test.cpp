@@ -229,11 +229,11 @@ TEST_F(LateBoundCall, ErrorOfAnArgumentKeepsItsSource) {
   EXPECT_EQ(ErrorOf([&] { object_->Call("Fails", 1, 2); }).source, "Sample");
 }
 
-TEST_F(LateBoundCall, MethodThatRaisesHandsNothingConvertedBack) {
+TEST_F(LateBoundCall, MethodThatRaisesHandsBackWhatItHadPutIntoItsArguments) {
   Variant number(7), variant(7);
   EXPECT_EQ(ErrorNumberOf([&] { object_->Call("Fails", number, variant); }), 1004);
-  EXPECT_EQ(number, Variant(7));
-  EXPECT_EQ(variant, Variant("changed"));  // The method works on the caller's own value.
+  EXPECT_EQ(number, Variant(-1));
+  EXPECT_EQ(variant, Variant("changed"));
 }
 
 TEST_F(LateBoundCall, BadArgumentLeavesTheMethodUncalledAndTheOthersUntouched) {
