@@ -20,8 +20,12 @@ namespace number = automation::error_number;
 
 // 65536 as "65,536", the way people read it.
 std::string Grouped(std::int32_t value) {
-  std::string text = std::to_string(value);
-  for (std::size_t at = text.size(); at > 3 && text[at - 4] != '-'; at -= 3) text.insert(at - 3, ",");
+  const std::string digits = std::to_string(value);
+  std::string text;
+  for (std::size_t i = 0; i < digits.size(); ++i) {
+    if (i > 0 && digits[i - 1] != '-' && (digits.size() - i) % 3 == 0) text += ',';
+    text += digits[i];
+  }
   return text;
 }
 
