@@ -10,6 +10,12 @@
 
 namespace talvex::host {
 
+namespace {
+
+constexpr std::int32_t kEnglish = 1033;
+
+}  // namespace
+
 std::string MessageManager::GetText(const std::string& label, const std::string& locale_id) {
   const Key key(automation::ToInt32(locale_id), label);
   {
@@ -19,6 +25,8 @@ std::string MessageManager::GetText(const std::string& label, const std::string&
   }
   // Read without the lock: a slow database must not hold up those whose texts are here.
   std::string text = Read(key);
+  // Locale 0 is that of a call on behalf of nobody in particular.
+  if (text.empty() && key.first == 0) text = Read({kEnglish, key.second});
   if (!text.empty()) {
     const std::lock_guard lock(mutex_);
     found_.try_emplace(key, text);

@@ -28,7 +28,7 @@ class MessageManager final : public automation::Object {
   TALVEX_METHOD(
       std::string, GetText, (const std::string& label, const std::string& locale_id),
       "The text of a label in a language, whose locale id is a whole number as text (13 is raised for any "
-      "other); the empty text when there is none.");
+      "other; 0, nobody's language, is English); the empty text when there is none.");
 
  private:
   using Key = std::pair<std::int32_t, std::string>;

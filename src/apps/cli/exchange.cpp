@@ -132,11 +132,11 @@ void PrintReport(const Session& session, const ImportReport& report, const std::
 }  // namespace
 
 ExitStatus RunExport(Session& session, const ExportArguments& arguments) {
-  static_cast<void>(session.Host());  // The component works in the environment of the installation.
-  Progress progress("Exporting");
-  const component::ExportReport report =
-      component::ExportBudgets(arguments.from, arguments.to, session.Options().user);
-  progress.Done();
+  component::ExportReport report;
+  session.InTransaction([&] {
+    const Progress progress("Exporting");
+    report = component::ExportBudgets(arguments.from, arguments.to, session.Options().user);
+  });
   const bool exported = automation::Trimmed(report.error).empty();
   const std::string log = exported ? std::string() : component::WriteErrorLog(report.error, std::nullopt);
   if (session.Options().json) {

@@ -197,6 +197,11 @@ void Workbook::Adopt(const std::string& path) {
   book_->edits.clear();
 }
 
+void Workbook::Calculate() {
+  book_->RequireOpen();
+  if (!book_->edits.empty()) static_cast<void>(Rewritten());
+}
+
 void Workbook::Save() {
   book_->RequireOpen();
   if (!own_file_) {

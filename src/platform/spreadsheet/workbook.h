@@ -62,6 +62,11 @@ class Workbook final : public automation::Object {
       "is linked to no cell.");
 
   TALVEX_METHOD(
+      void, Calculate, (),
+      "Calculates every formula, so that its value in memory is that of the cells as they are now; no "
+      "file is written. Does nothing when there are no changes. Raises 5 for a formula that cannot be "
+      "read, and 75 when the file was changed meanwhile.");
+  TALVEX_METHOD(
       void, Save, (),
       "Writes the changes to the workbook's own file; does nothing when there is none. Raises 75 when "
       "it has no file, or when the file was changed meanwhile.");

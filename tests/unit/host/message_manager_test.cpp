@@ -41,6 +41,12 @@ TEST_F(MessageManagerTest, GivesTheTextOfALabelInALanguage) {
             "SELECT Text FROM I18NTEXT WHERE LOCALEID=1033 AND LABEL='SLBBU0050'");
 }
 
+TEST_F(MessageManagerTest, SpeaksEnglishToNobodyInParticular) {
+  EXPECT_EQ(Messages().GetText("SLBBU0050", "0"), "Budget");
+  EXPECT_EQ(Messages().GetText("NOTHING", "0"), "");
+  EXPECT_EQ(Messages().GetText("SLBBU0050", "7"), "");
+}
+
 TEST_F(MessageManagerTest, KeepsATextThatWasFound) {
   EXPECT_EQ(Messages().GetText("SLBBU0050", "1033"), "Budget");
   world_.Sql("UPDATE I18NTEXT SET Text='Changed' WHERE LABEL='SLBBU0050'");

@@ -1,0 +1,133 @@
+// What tests of BudgetExcel work in: workbooks in memory, and texts in two languages.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "automation/conversions.h"
+#include "exchange/budget_excel.h"
+#include "exchange/cell_address.h"
+#include "platform/spreadsheet/workbook.h"
+#include "support/stood_in_test.h"
+
+namespace talvex::test {
+
+using platform::spreadsheet::Content;
+using platform::spreadsheet::Sheet;
+using platform::spreadsheet::Workbook;
+
+// Holds workbooks by their paths and keeps the changes that it is asked to make.
+class FakeEngine final : public platform::spreadsheet::Engine {
+ public:
+  std::map<std::string, Content> files;
+  std::vector<Sheet> results;  // What formulas give when they are calculated.
+  std::optional<automation::Error> read_failure;
+  std::optional<automation::Error> rewrite_failure;
+  mutable std::vector<std::vector<platform::spreadsheet::Edit>> rewrites;
+
+  [[nodiscard]] Content Read(const std::string& path) const override {
+    if (read_failure) throw *read_failure;
+    return files.at(path);
+  }
+  [[nodiscard]] platform::spreadsheet::Rewritten Rewrite(
+      const std::string& /*path*/, const std::vector<platform::spreadsheet::Edit>& edits) const override {
+    if (rewrite_failure) throw *rewrite_failure;
+    rewrites.push_back(edits);
+    return {"rewritten", results};
+  }
+};
+
+// A cell's content as a test writes it: a text that begins with "=" is a formula.
+using CellText = std::pair<const char*, automation::Variant>;
+
+inline Sheet MadeSheet(const std::string& name, const std::vector<CellText>& cells) {
+  Sheet sheet{name, {}};
+  for (const auto& [address, value] : cells) {
+    const bool is_formula = value.IsString() && value.As<std::string>().starts_with('=');
+    sheet.cells[ReadAddress(address)] = is_formula ? platform::spreadsheet::Cell{{}, value.As<std::string>()}
+                                                   : platform::spreadsheet::Cell{value, {}};
+  }
+  return sheet;
+}
+
+// The cells of a sheet: texts in quotes, formulas with their "=", all else in the default text.
+inline std::string Shown(Workbook& book, const automation::Variant& sheet = 1) {
+  const auto shown = book.Sheet(sheet);
+  std::string text;
+  for (const auto& [at, cell] : shown->UsedCells()) {
+    const std::string value = automation::ToText(cell.value);
+    text += (text.empty() ? "" : " | ") + shown->Address(at.row, at.column) + " ";
+    text += !cell.formula.empty() ? cell.formula : cell.value.IsString() ? '"' + value + '"' : value;
+  }
+  return text;
+}
+
+class WorkbookWorld {
+ public:
+  explicit WorkbookWorld(StoodIn& test) : test_(test), engine_(std::make_shared<FakeEngine>()) {
+    test.Replace<RecordingUser>();
+    test.Environment().spreadsheets = engine_;
+  }
+
+  [[nodiscard]] std::string Path(const std::string& name) const { return test_.Site().Path(name); }
+  [[nodiscard]] FakeEngine& Engine() noexcept { return *engine_; }
+  [[nodiscard]] StoodIn& Test() noexcept { return test_; }
+
+  // A file with that content; returns its path.
+  std::string Make(const std::string& name, Content content) {
+    const std::string path = Path(name);
+    platform::Environment::Current().files->Replace(path, "original");
+    engine_->files[path] = std::move(content);
+    return path;
+  }
+
+  // Writes the markup into a new workbook of such a template, or into such a workbook.
+  std::shared_ptr<Workbook> Write(const std::string& xml, const std::vector<CellText>& cells = {},
+                                  EWriteMode mode = EWriteMode::Create) {
+    const bool is_template = mode == EWriteMode::Create;
+    const std::string path = Make(is_template ? "base.XLT" : "base.xls", {{MadeSheet("Lines", cells)}, {}});
+    error_.clear();
+    return BudgetExcel().TransformXMLToExcel(xml, mode, 0, is_template, error_, "d.reed", path);
+  }
+
+  // What the sheet holds then; the error text when it failed.
+  std::string Written(const std::string& xml, const std::vector<CellText>& cells = {},
+                      EWriteMode mode = EWriteMode::Create) {
+    const auto book = Write(xml, cells, mode);
+    return book == nullptr ? error_ : Shown(*book);
+  }
+
+  [[nodiscard]] const std::string& Error() const noexcept { return error_; }
+
+ private:
+  StoodIn& test_;
+  std::shared_ptr<FakeEngine> engine_;
+  std::string error_;
+};
+
+inline void WithWorkbooks(const std::function<void(WorkbookWorld&)>& body) {
+  WithStandIns([&](StoodIn& test) {
+    WorkbookWorld world(test);
+    body(world);
+  });
+}
+
+// The lines that failures add, in English.
+inline const std::string kNotRead = "\r\nThe workbook could not be read-";
+inline const std::string kNotOpened = "\r\nThe workbook could not be opened-";
+inline const std::string kNoWorkbook = "\r\nThe file is not a workbook of the expected kind-";
+inline const std::string kNoTemplate = "\r\nThe workbook template could not be opened-";
+inline const std::string kNotWritten = "\r\nThe data could not be written to the workbook-";
+inline const std::string kNoPosition = "\r\nThe position of a value in the workbook could not be determined-";
+inline const std::string kNotFilledIn = "\r\nThe column, row or value of a cell could not be filled in-";
+
+// Markup of the sheet "Lines".
+inline std::string OnLines(const std::string& markup) {
+  return "<m B2BWORKSHEET=\"Lines\">" + markup + "</m>";
+}
+
+}  // namespace talvex::test
