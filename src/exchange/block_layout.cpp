@@ -70,13 +70,27 @@ void TargetSheet::Insert(const Block& block, const BlockPlan& plan) {
   const std::int32_t count = records * block.rows;
   sheet_->InsertRows(before, count);
   insertions_.push_back({before, count});
+  const bool contents = HasOwnContent(block);
+  const auto copy = [&](std::int32_t row, std::int32_t rows, std::int32_t target) {
+    contents ? sheet_->CopyRows(row, rows, target) : sheet_->CopyRowStyles(row, rows, target);
+  };
   // What is copied doubles each time: one copy for each record would be slow.
-  sheet_->CopyRows(block.first.row, block.rows, before);
+  copy(block.first.row, block.rows, before);
   for (std::int32_t done = block.rows; done < count;) {
     const std::int32_t next = std::min(done, count - done);
-    sheet_->CopyRows(before, next, before + done);
+    copy(before, next, before + done);
     done += next;
   }
+}
+
+// Whether the first record's rows hold anything that no field is going to replace.
+bool TargetSheet::HasOwnContent(const Block& block) const {
+  const auto& cells = sheet_->UsedCells();
+  const auto end = cells.lower_bound({block.first.row + block.rows, 1});
+  return std::any_of(cells.lower_bound({block.first.row, 1}), end, [&](const auto& cell) {
+    return std::none_of(block.fields.begin(), block.fields.end(),
+                        [&](const Field& field) { return field.value && field.value->at == cell.first; });
+  });
 }
 
 Position TargetSheet::Moved(Position at) const {

@@ -52,6 +52,7 @@ class TargetSheet {
 
   [[nodiscard]] std::int32_t CountThere(const markup::Block& block) const;
   void Insert(const markup::Block& block, const BlockPlan& plan);
+  [[nodiscard]] bool HasOwnContent(const markup::Block& block) const;
 
   std::shared_ptr<platform::spreadsheet::Worksheet> sheet_;
   std::map<const markup::Block*, BlockPlan> plans_;

@@ -109,7 +109,10 @@ class Editor {
     range_init_rows(&from, sheet, row, row + count - 1);
     range_init_rows(&to, sheet, target, target + count - 1);
     GnmCellRegion* copied = clipboard_copy_range(sheet, &from);
-    const int flags = (only_styles ? PASTE_FORMATS : PASTE_CONTENTS | PASTE_FORMATS) | PASTE_ROW_HEIGHTS;
+    // Otherwise the library lays out the text of every cell that it pastes, which nobody is going to look at.
+    // Formulas are calculated before the file is written.
+    const int flags =
+        (only_styles ? PASTE_FORMATS : PASTE_CONTENTS | PASTE_FORMATS) | PASTE_ROW_HEIGHTS | PASTE_NO_RECALC;
     GnmPasteTarget place;
     paste_target_init(&place, sheet, &to, static_cast<GnmPasteFlags>(flags));
     const bool failed = clipboard_paste_region(copied, &place, context_.get()) != 0;
