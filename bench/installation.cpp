@@ -30,7 +30,7 @@ Installation::Installation() {
   directory_ = (fs::temp_directory_path() /
                 ("talvex-bench-" + std::to_string(::getpid()) + "-" + std::to_string(next++)))
                    .string();
-  host::MakeInstallation(directory_, false);
+  host::MakeInstallation({directory_, false, {}});
   host_ = std::make_unique<host::Host>(host::Settings{directory_, automation::Date::Civil(2026, 3, 16, 10)});
 }
 

@@ -7,8 +7,8 @@
 
 namespace talvex {
 
-// The workbook XML that docs/workbook-markup.md describes. Written as text: building it from nodes takes
-// several times as long. A text with a character that XML does not have makes it no XML.
+// The workbook XML that docs/workbook-markup.md describes. Written as text: building it from nodes takes more
+// than twice as long. A text with a character that XML does not have makes it no XML.
 [[nodiscard]] std::string WorkbookXml(platform::spreadsheet::Workbook& book);
 
 }  // namespace talvex

@@ -4,6 +4,7 @@
 #include <system_error>
 
 #include "adapters/libxml2/xml_engine.h"
+#include "adapters/odbc/driver.h"
 #include "adapters/posix/stack.h"
 #include "adapters/posix/system_clock.h"
 #include "adapters/posix/system_files.h"
@@ -46,6 +47,7 @@ std::shared_ptr<const platform::Environment> Compose(const Settings& settings,
   environment->sessions = std::make_shared<platform::database::SessionPool>();
   environment->sessions->AddDriver("SQLite", std::make_shared<adapters::sqlite::SqliteDriver>(
                                                  [clock = environment->clock] { return clock->Now(); }));
+  environment->sessions->AddDriver("", std::make_shared<adapters::odbc::OdbcDriver>(settings.now));
   environment->stack_left = &adapters::posix::StackLeft;
   return environment;
 }

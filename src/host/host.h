@@ -14,7 +14,7 @@ namespace talvex::host {
 
 struct Settings {
   std::string directory;                // Of the installation.
-  std::optional<automation::Date> now;  // Fixes the clock, GETDATE() of the embedded database included.
+  std::optional<automation::Date> now;  // Fixes the clock, GETDATE() included; SQL Server is refused then.
 };
 
 // One installation, ready to work: its environment with the component's classes, the suite's services and the

@@ -2,12 +2,16 @@
 
 #include <filesystem>
 #include <string_view>
+#include <utility>
 #include <vector>
 
+#include "adapters/odbc/driver.h"
 #include "adapters/posix/system_files.h"
 #include "adapters/sqlite/driver.h"
 #include "automation/error.h"
+#include "automation/text.h"
 #include "host/resources.h"
+#include "platform/database/connection_string.h"
 #include "platform/database/fault.h"
 #include "platform/database/literals.h"
 
@@ -16,6 +20,8 @@ namespace talvex::host {
 namespace {
 
 using automation::Error;
+
+constexpr auto kOwnerOnly = std::filesystem::perms::owner_read | std::filesystem::perms::owner_write;
 
 std::string_view FileContent(std::string_view path) {
   for (const Resource& resource : InstallationFiles()) {
@@ -59,26 +65,62 @@ std::string LabelScript(std::string_view table) {
   return script;
 }
 
-std::string DatabaseScript(bool with_sample) {
-  std::string script(FileContent("schema/sqlite.sql"));
-  script += "BEGIN;\n" + LabelScript(FileContent("config/labels.tsv"));
-  if (with_sample) script += FileContent("config/sample.sql");
-  return script + "COMMIT;\n";
+std::string TextScript() { return LabelScript(FileContent("config/labels.tsv")); }
+
+std::string_view SampleScript(bool with_sample) {
+  return with_sample ? FileContent("config/sample.sql") : std::string_view();
 }
 
-void Fill(const std::string& directory, bool with_sample) {
+std::string EmbeddedScript(bool with_sample) {
+  std::string script(FileContent("schema/sqlite.sql"));
+  script.append("BEGIN;\n").append(TextScript()).append(SampleScript(with_sample));
+  return script.append("COMMIT;\n");
+}
+
+void SetUpServer(const InstallationPlan& plan) {
+  const std::string texts = TextScript();
+  adapters::odbc::SetUpDatabase(platform::database::ConnectionString(plan.connection_string),
+                                {.sql_server = FileContent("schema/sqlserver.sql"),
+                                 .postgresql = FileContent("schema/postgresql.sql"),
+                                 .texts = texts,
+                                 .sample = SampleScript(plan.with_sample)});
+}
+
+std::string XmlText(std::string text) {
+  for (const auto& [character, entity] : {std::pair("&", "&amp;"), {"<", "&lt;"}, {">", "&gt;"}})
+    text = automation::Replaced(text, character, entity);
+  return text;
+}
+
+// The configuration, with the connection string of a database server in place of the embedded database's.
+std::string SiteConfiguration(const std::string& connection_string) {
+  std::string content(FileContent("config/siteconfiguration.xml"));
+  if (connection_string.empty()) return content;
+  constexpr std::string_view kEmbedded = ">Driver=SQLite;Database={ConfigDir}/talvex.db<";
+  return automation::Replaced(content, kEmbedded, ">" + XmlText(connection_string) + "<");
+}
+
+void Fill(const InstallationPlan& plan) {
   adapters::posix::SystemFiles files;
   for (const auto* folder : {"talvex/XSL", "talvex/XLT", "talvex/XSD", "talvex/exportedbudgets",
                              "talvex/errorlog", "log", "outbox"}) {
-    files.MakeFolder(directory + "/" + folder);
+    files.MakeFolder(plan.directory + "/" + folder);
   }
-  files.WriteNew(directory + "/siteconfiguration.xml", FileContent("config/siteconfiguration.xml"));
+  const std::string configuration = plan.directory + "/siteconfiguration.xml";
+  files.WriteNew(configuration, SiteConfiguration(plan.connection_string));
   constexpr std::string_view kConfig = "config/";
   for (const Resource& resource : InstallationFiles()) {
     if (!resource.path.starts_with("config/talvex/")) continue;
-    files.WriteNew(directory + "/" + std::string(resource.path.substr(kConfig.size())), resource.content);
+    files.WriteNew(plan.directory + "/" + std::string(resource.path.substr(kConfig.size())),
+                   resource.content);
   }
-  adapters::sqlite::CreateDatabase(directory + "/talvex.db", DatabaseScript(with_sample));
+  if (plan.connection_string.empty()) {
+    adapters::sqlite::CreateDatabase(plan.directory + "/talvex.db", EmbeddedScript(plan.with_sample));
+    return;
+  }
+  // A connection string may hold a password.
+  std::filesystem::permissions(configuration, kOwnerOnly);
+  SetUpServer(plan);
 }
 
 // Takes away everything in a directory that was empty before, and the directory itself when it was not there.
@@ -95,20 +137,20 @@ void TakeAway(const std::string& directory, bool was_there) {
 
 }  // namespace
 
-void MakeInstallation(const std::string& directory, bool with_sample) {
+void MakeInstallation(const InstallationPlan& plan) {
   std::error_code status;
-  const bool was_there = std::filesystem::exists(directory, status);
-  if (was_there && !std::filesystem::is_empty(directory, status)) {
+  const bool was_there = std::filesystem::exists(plan.directory, status);
+  if (was_there && !std::filesystem::is_empty(plan.directory, status)) {
     throw Error(automation::error_number::kFileAlreadyExists, "Talvex.Host",
-                "The directory " + directory + " is in use");
+                "The directory " + plan.directory + " is in use");
   }
   try {
-    Fill(directory, with_sample);
+    Fill(plan);
   } catch (const platform::database::Fault& fault) {
-    TakeAway(directory, was_there);
+    TakeAway(plan.directory, was_there);
     RaiseAsError(fault);
   } catch (...) {
-    TakeAway(directory, was_there);
+    TakeAway(plan.directory, was_there);
     throw;
   }
 }

@@ -5,9 +5,16 @@
 
 namespace talvex::host {
 
+struct InstallationPlan {
+  std::string directory;
+  bool with_sample = false;
+  std::string connection_string;  // Of a database server; empty for the embedded database.
+};
+
 // Makes an installation in a directory that does not exist yet or is empty: folders, configuration files, the
-// embedded database with its tables and the texts of all labels, and, when asked for, a small sample company.
+// tables of its database and the texts of all labels, and, when asked for, a small sample company. Tables and
+// texts that a database server has already stay as they are; a sample is refused where there are budgets.
 // Raises 58 for a directory in use; a failure on the way takes away what was made.
-void MakeInstallation(const std::string& directory, bool with_sample);
+void MakeInstallation(const InstallationPlan& plan);
 
 }  // namespace talvex::host

@@ -61,7 +61,7 @@ void OnOwnThread(const std::function<void()>& body) {
 }
 
 TestInstallation::TestInstallation(bool with_sample, const std::string& now) {
-  host::MakeInstallation(folder_.Path("site"), with_sample);
+  host::MakeInstallation({folder_.Path("site"), with_sample, store_.ConnectionText()});
   host_ = std::make_unique<host::Host>(host::Settings{folder_.Path("site"), automation::Date::Parse(now)});
   environment_ = std::make_unique<platform::Environment::ForThread>(host_->Environment());
 }
@@ -84,7 +84,7 @@ std::vector<std::string> TestInstallation::Rows(const std::string& query) const 
 
 std::string TestInstallation::Snapshot() const {
   std::string snapshot;
-  for (const std::string& table : Rows("SELECT name FROM sqlite_master WHERE type='table' ORDER BY name")) {
+  for (const std::string& table : Rows(TestStore::TablesQuery())) {
     std::vector<std::string> rows = Rows("SELECT * FROM " + table);
     std::sort(rows.begin(), rows.end());
     snapshot.append(table).append("\n");

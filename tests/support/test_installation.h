@@ -9,6 +9,7 @@
 #include "automation/variant.h"
 #include "host/host.h"
 #include "support/temporary_folder.h"
+#include "support/test_store.h"
 #include "support/values.h"
 
 namespace talvex::test {
@@ -49,6 +50,7 @@ class TestInstallation {
   [[nodiscard]] std::vector<std::string> LogLines() const;
 
  private:
+  TestStore store_;
   TemporaryFolder folder_;
   std::unique_ptr<host::Host> host_;
   std::unique_ptr<platform::Environment::ForThread> environment_;

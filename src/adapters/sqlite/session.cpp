@@ -39,7 +39,7 @@ SqliteSession::SqliteSession(const std::string& path, int busy_timeout, NowFunct
 
 Result SqliteSession::Execute(std::string_view text, std::span<const Variant> parameters,
                               std::size_t most_rows) {
-  RequireText(text);
+  platform::database::RequireStorableText(text);
   shape_.Read(text);
   // SQLite isolates its transactions from one another completely; there is nothing to set.
   if (shape_.Verb() == SqlVerb::Set && platform::database::SetsIsolationLevel(text)) return {};

@@ -26,12 +26,6 @@ using platform::database::RowSet;
 
 [[noreturn]] void RefuseCall(const std::string& reason) { throw Fault(FaultKind::Other, 0, "07002", reason); }
 
-bool IsAscii(std::string_view text) noexcept {
-  unsigned char bits = 0;
-  for (const char c : text) bits = static_cast<unsigned char>(bits | static_cast<unsigned char>(c));
-  return bits < 0x80;
-}
-
 // Makes the statement ready for its next run, whatever became of this one, and lets go of the values bound to
 // it.
 class ResetAtEnd {
@@ -49,12 +43,6 @@ class ResetAtEnd {
 };
 
 }  // namespace
-
-void RequireText(std::string_view text) {
-  if (text.find('\0') != std::string_view::npos)
-    RefuseValue("A text holds a NUL character, which is not stored");
-  if (!IsAscii(text) && !automation::IsUtf8(text)) RefuseValue("A text is not well-formed UTF-8");
-}
 
 Statement::Statement(Database& database, std::string_view text, bool gives_identity)
     : database_(database), gives_identity_(gives_identity) {
@@ -152,7 +140,7 @@ void Statement::BindValue(int place, const Variant& value) {
     case Kind::Currency:
       return BindNumber(place, value.As<automation::Currency>().ToDouble());
     case Kind::String:
-      RequireText(value.As<std::string>());
+      platform::database::RequireStorableText(value.As<std::string>());
       return BindText(place, value.As<std::string>());
     case Kind::Date: {
       const std::string text = value.As<Date>().ToIso();

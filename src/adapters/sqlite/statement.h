@@ -17,10 +17,6 @@
 
 namespace talvex::adapters::sqlite {
 
-// Raises Fault (ValueRefused) for a text that is not UTF-8, or holds a NUL character: SQLite would cut or
-// keep it.
-void RequireText(std::string_view text);
-
 // A statement that was prepared once and runs any number of times. Must not outlive its database.
 class Statement {
  public:

@@ -121,6 +121,10 @@ class Grammar {
         Add("init", "Make an installation in an empty or new directory", &RunInit);
     Positional(*command, "DIR", arguments->directory, "The directory")->required();
     command->add_flag("--sample", arguments->sample, "With a small sample company");
+    command
+        ->add_option("--database", arguments->database,
+                     "The ODBC connection string of a database server; an embedded database when left out")
+        ->type_name("STRING");
   }
 
   void AddPost() {

@@ -15,6 +15,7 @@ namespace talvex::apps {
 struct InitArguments {
   std::string directory;
   bool sample = false;
+  std::string database;  // A connection string; empty for the embedded database.
 };
 ExitStatus RunInit(Session& session, const InitArguments& arguments);
 

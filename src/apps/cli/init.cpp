@@ -7,7 +7,7 @@
 namespace talvex::apps {
 
 ExitStatus RunInit(Session& session, const InitArguments& arguments) {
-  host::MakeInstallation(arguments.directory, arguments.sample);
+  host::MakeInstallation({arguments.directory, arguments.sample, arguments.database});
   if (session.Options().json) {
     session.Print({{"directory", arguments.directory}, {"sample", arguments.sample}});
     return ExitStatus::Done;

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "automation/conversions.h"
+#include "platform/database/query_outline.h"
 #include "platform/database/recordset_errors.h"
 #include "platform/database/row_writer.h"
 

@@ -84,10 +84,15 @@ std::unique_ptr<Session> SessionPool::Open(const std::string& connection_string)
 }
 
 void SessionPool::GiveBack(const std::string& connection_string, std::unique_ptr<Session> session) noexcept {
-  if (!session->Usable()) return;
   const std::lock_guard lock(mutex_);
   auto& idle = idle_[connection_string];
-  if (idle.size() < kMostIdle) idle.push_back(std::move(session));
+  if (!session->Usable()) {
+    // What broke it, a server that was restarted for example, has most likely broken the others too. Without
+    // this each of them would fail one more call.
+    idle.clear();
+  } else if (idle.size() < kMostIdle) {
+    idle.push_back(std::move(session));
+  }
 }
 
 }  // namespace talvex::platform::database

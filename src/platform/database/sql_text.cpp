@@ -22,6 +22,16 @@ constexpr std::size_t kMostLiterals = 1000;
   throw Fault(FaultKind::Other, number, "42000", reason);
 }
 
+[[noreturn]] void RefuseText(const std::string& reason) {
+  throw Fault(FaultKind::ValueRefused, 8152, "22001", reason);
+}
+
+bool IsAscii(std::string_view text) noexcept {
+  unsigned char bits = 0;
+  for (const char c : text) bits = static_cast<unsigned char>(bits | static_cast<unsigned char>(c));
+  return bits < 0x80;
+}
+
 enum class CharacterClass : std::uint8_t { Symbol, Blank, Letter, Digit };
 
 constexpr std::array<CharacterClass, 256> MakeClasses() {
@@ -164,6 +174,12 @@ SqlToken SqlTokenizer::BlockComment() {
   Refuse(kUnclosedComment, "The comment at character " + std::to_string(at_ + 1) + " is not closed");
 }
 
+void RequireStorableText(std::string_view text) {
+  if (text.find('\0') != std::string_view::npos)
+    RefuseText("A text holds a NUL character, which is not stored");
+  if (!IsAscii(text) && !automation::IsUtf8(text)) RefuseText("A text is not well-formed UTF-8");
+}
+
 std::string SqlNameText(const SqlToken& name) {
   if (name.kind != SqlTokenKind::Name) return std::string(name.text);
   const char close = name.text.back();
@@ -222,6 +238,8 @@ void SqlShape::Take(const SqlToken& token) {
   if (tokens_ == 1) verb_ = VerbOf(token);
   switch (token.kind) {
     case SqlTokenKind::Name:
+      TakeWord(token);
+      return FoldName(token);
     case SqlTokenKind::Word:
       return TakeWord(token);
     case SqlTokenKind::Literal:
@@ -276,6 +294,12 @@ void SqlShape::Replace(const SqlToken& token, std::string_view with) {
   CopyUpTo(PlaceOf(token));
   shape_ += with;
   copied_ += token.text.size();
+}
+
+void SqlShape::FoldName(const SqlToken& token) {
+  if (!dialect_.folds_plain_names) return;
+  const std::string name = automation::Folded(SqlNameText(token));
+  Replace(token, '"' + automation::Replaced(name, "\"", "\"\"") + '"');
 }
 
 std::size_t SqlShape::PlaceOf(const SqlToken& token) const noexcept {

@@ -71,7 +71,12 @@ enum class SqlVerb { Select, Insert, Update, Delete, With, Set, Other };
 struct SqlDialect {
   bool delete_takes_from = false;    // "DELETE T" must be written "DELETE FROM T".
   bool lacks_national_text = false;  // N'text' must be written 'text'.
+  bool folds_plain_names = false;    // Plain names are small letters: [Name] must be written "name".
 };
+
+// Raises Fault (ValueRefused) for a text that is not UTF-8, or holds a NUL character: databases would cut it,
+// keep it as it is, or refuse it with words of their own.
+void RequireStorableText(std::string_view text);
 
 // A statement with "?" in place of its quoted texts, which become parameters: statements that differ in their
 // quoted texts only have one shape, and so need to be prepared once.
@@ -108,6 +113,7 @@ class SqlShape {
   void TakeSymbol(char symbol) noexcept;
   void CopyUpTo(std::size_t place);
   void Replace(const SqlToken& token, std::string_view with);
+  void FoldName(const SqlToken& token);
   [[nodiscard]] std::size_t PlaceOf(const SqlToken& token) const noexcept;
   [[nodiscard]] std::string_view Content(std::string_view literal);
 

@@ -12,10 +12,6 @@
 
 namespace talvex::platform::database {
 
-// The one table that a query reads: the name after FROM, without brackets. Nothing for a query on several
-// tables, on none, of distinct or grouped rows, or put together from several queries.
-[[nodiscard]] std::optional<std::string> TableOfQuery(std::string_view query);
-
 // A table, and how the columns of a record set stand to it.
 struct UpdateTarget {
   UpdateTarget() = default;  // No table.

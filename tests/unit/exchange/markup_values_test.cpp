@@ -175,7 +175,7 @@ TEST(MarkupValues, PlaceholdersAreFilledIn) {
       {"formula", "=[%VALUE%]", "A1+1", "AB12 =\"A1+1\""},
       {"formula", "=[%VALUE%]&\"!\"", "a\"&B1&\"", "AB12 =\"a\"\"&B1&\"\"\"&\"!\""},
       {"formula", "=\"<[%VALUE%]>\"", "a\"&B1&\"", "AB12 =\"<a\"\"&B1&\"\">\""},
-      {"formula", "=\"<[%VALUE%]>\"&[%VALUE%]", "5", "AB12 =\"<5>\"&5"},
+      {"formula", "=\"<[%VALUE%]>\"&[%VALUE%]", "x", "AB12 =\"<x>\"&\"x\""},
       {"formula", "=[%WHAT%]", "", kNotFilledIn},
   };
   WithWorkbooks([&](WorkbookWorld& world) {

@@ -149,7 +149,9 @@ TEST(RunWithRetry, RepeatsNothingElse) {
 TEST(Installer, RefusesADirectoryInUseAndLeavesItAsItIs) {
   OnInstallation([](TestInstallation& site) {
     AddUser(site, "a");
-    EXPECT_EQ(ErrorOf([&] { host::MakeInstallation(site.Path("."), true); }).number,
+    EXPECT_EQ(ErrorOf([&] {
+                host::MakeInstallation({site.Path("."), true, {}});
+              }).number,
               automation::error_number::kFileAlreadyExists);
     EXPECT_EQ(site.Rows(kUsers), std::vector<std::string>{"a"});
   });

@@ -51,6 +51,17 @@ TEST_F(SessionPoolTest, ClosesASessionThatCannotServeAgain) {
   EXPECT_EQ(events_, (Events{"open Database=a", "close", "open Database=a", "close"}));
 }
 
+TEST_F(SessionPoolTest, ASessionThatCannotServeAgainTakesItsIdleNeighboursAlong) {
+  auto broken = pool_.Acquire("Database=a");
+  pool_.Acquire("Database=a").reset();
+  pool_.Acquire("Database=b").reset();
+  world_.database->usable = false;
+  broken.reset();
+  EXPECT_EQ(world_.database->Count("close"), 2U);
+  pool_.Acquire("Database=b").reset();
+  EXPECT_EQ(world_.database->Count("open Database=b"), 1U);
+}
+
 TEST_F(SessionPoolTest, KeepsAtMostSixteenIdleSessions) {
   std::vector<std::shared_ptr<platform::database::Session>> sessions;
   for (int i = 0; i < 20; ++i) sessions.push_back(pool_.Acquire("Database=a"));

@@ -1,4 +1,5 @@
 #include "platform/database/update_target.h"
+#include "platform/database/query_outline.h"
 
 #include <gtest/gtest.h>
 

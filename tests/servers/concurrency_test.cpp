@@ -1,0 +1,103 @@
+// Many writers on one tree of budgets.
+
+#include <array>
+#include <atomic>
+#include <cmath>
+#include <cstdio>
+#include <random>
+#include <thread>
+
+#include "automation/conversions.h"
+#include "ledger/budget_t.h"
+#include "platform/database/recordset.h"
+#include "platform/environment.h"
+#include "servers/odbc_world.h"
+#include "support/test_installation.h"
+
+namespace talvex::odbc_test {
+namespace {
+
+constexpr int kWriters = 8;
+constexpr int kPostings = 500;
+// A writer that loses every time is a failure of the test, not of the machine's speed.
+constexpr int kAttempts = 10000;
+
+struct Tally {
+  std::atomic<int> attempts{0};
+  std::atomic<int> acknowledged{0};
+  std::array<std::atomic<std::int64_t>, kWriters> cents{};  // By leaf.
+};
+
+std::string Leaf(int number) { return "LEAF" + std::to_string(number); }
+
+// TOP above two groups, four leaves below each.
+void MakeTree(const test::TestInstallation& site) {
+  site.Sql("INSERT INTO CURRENCY (CURRENCYCODE, DECIMALS) VALUES ('EUR', 2)");
+  const auto add = [&](const std::string& code, const std::string& parent) {
+    site.Sql("INSERT INTO BUDGET (BUDGETCODE, BUDGETTYPE, CURRENCYCODE) VALUES ('" + code + "', 1, 'EUR')");
+    site.Sql("INSERT INTO BUDGETLINES (BUDGETCODE, STARTDATE, ENDDATE, BUDGETAMNT) VALUES ('" + code +
+             "', '2026-01-01T00:00:00', '2026-12-31T00:00:00', 1000000)");
+    if (!parent.empty()) site.Sql("INSERT INTO BUDGETRELATIONS VALUES ('" + parent + "', '" + code + "')");
+  };
+  add("TOP", "");
+  add("GROUP0", "TOP");
+  add("GROUP1", "TOP");
+  for (int i = 0; i < kWriters; ++i) add(Leaf(i), "GROUP" + std::to_string(i / 4));
+}
+
+// Posts to any of the leaves, so that writers meet on every level.
+void Write(const test::TestInstallation& site, unsigned seed, Tally& tally) {
+  const platform::Environment::ForThread environment(site.Host().Environment());
+  std::mt19937 random(seed);
+  const automation::Date date = automation::Date::Civil(2026, 3, 15);
+  for (int i = 0; i < kPostings; ++i) {
+    const int leaf = static_cast<int>(random() % kWriters);
+    const int cents = static_cast<int>(random() % 20000) - 5000;
+    const auto outcome = site.Host().Transactions().RunWithRetry(
+        [&] {
+          ++tally.attempts;
+          std::make_shared<BudgetT>()->PostToBudget(Leaf(leaf), date, cents / 100.0, "EUR",
+                                                    TalvexType::Approved);
+        },
+        kAttempts);
+    if (outcome != host::Outcome::Committed) continue;
+    ++tally.acknowledged;
+    tally.cents[static_cast<std::size_t>(leaf)] += cents;
+  }
+}
+
+std::int64_t CentsOf(const test::TestInstallation& site, const std::string& code) {
+  const auto row = site.Host().Connect()->Execute(
+      "SELECT USEDAPPROVEDAMNT FROM BUDGETLINES WHERE BUDGETCODE='" + code + "'", nullptr, std::nullopt);
+  return std::llround(automation::ToDouble(row->Value(0U)) * 100);
+}
+
+class ServerConcurrency : public testing::Test {
+ protected:
+  void SetUp() override { ASSERT_FALSE(test::TestStore::IsEmbedded()) << "TALVEX_TEST_STORE is not set"; }
+};
+
+TEST_F(ServerConcurrency, PostingsOfEightWritersAddUpToTheLastCent) {
+  const test::TestInstallation site;
+  MakeTree(site);
+  Tally tally;
+  std::vector<std::thread> writers;
+  for (unsigned i = 0; i < kWriters; ++i) writers.emplace_back([&, i] { Write(site, i + 1, tally); });
+  for (auto& writer : writers) writer.join();
+
+  std::array<std::int64_t, 2> groups{};
+  for (int i = 0; i < kWriters; ++i) {
+    const std::int64_t cents = tally.cents[static_cast<std::size_t>(i)];
+    groups[static_cast<std::size_t>(i / 4)] += cents;
+    EXPECT_EQ(CentsOf(site, Leaf(i)), cents) << Leaf(i);
+  }
+  EXPECT_EQ(CentsOf(site, "GROUP0"), groups[0]);
+  EXPECT_EQ(CentsOf(site, "GROUP1"), groups[1]);
+  EXPECT_EQ(CentsOf(site, "TOP"), groups[0] + groups[1]);
+  EXPECT_EQ(tally.acknowledged, kWriters * kPostings);
+  std::printf("%d postings, %d attempts, so %d met a conflict and were run again\n",
+              tally.acknowledged.load(), tally.attempts.load(), tally.attempts.load() - kWriters * kPostings);
+}
+
+}  // namespace
+}  // namespace talvex::odbc_test

@@ -1,0 +1,31 @@
+// Which database the installations of tests work on.
+#pragma once
+
+#include <string>
+
+namespace talvex::test {
+
+// The database of one installation. It is an embedded one unless the variable TALVEX_TEST_STORE holds the
+// connection string of a PostgreSQL server's database, as a user who may make others: then it is a new one
+// there, made by the first test of the process with tables and texts and copied for every other, and gone
+// with the object.
+class TestStore {
+ public:
+  TestStore();
+  ~TestStore();
+  TestStore(const TestStore&) = delete;
+  TestStore& operator=(const TestStore&) = delete;
+
+  // Whether tests run on the embedded database.
+  [[nodiscard]] static bool IsEmbedded();
+  // What an installation is made with; empty for the embedded database.
+  [[nodiscard]] const std::string& ConnectionText() const noexcept { return connection_string_; }
+  // The query for the names of the component's tables.
+  [[nodiscard]] static std::string TablesQuery();
+
+ private:
+  std::string name_;
+  std::string connection_string_;
+};
+
+}  // namespace talvex::test

@@ -1,0 +1,69 @@
+"""The databases of a server, each a file of SQLite. One is there from the start; clients may make others."""
+
+import os
+import sqlite3
+import threading
+
+import _faults
+import _functions
+import _tables
+
+NAME = "talvex"
+
+
+class Databases:
+    def __init__(self, path):
+        self.folder = os.path.dirname(os.path.abspath(path))
+        self.paths = {NAME: path}
+        self.lock = threading.Lock()
+        prepare(path)
+
+    def find(self, name):
+        """(the name, the file) of a database; the first for an empty name, None for one that is not there."""
+        with self.lock:
+            for known, path in self.paths.items():
+                if known.lower() == (name or NAME).lower():
+                    return known, path
+        return None
+
+    def create(self, name):
+        """Makes an empty database."""
+        if self.find(name):
+            raise _faults.database_exists(name)
+        path = os.path.join(self.folder, f"database-{name}.db")
+        prepare(path)
+        with self.lock:
+            self.paths[name] = path
+
+    def copy(self, source, target):
+        """Makes a database that holds what another does."""
+        found = self.find(source)
+        if not found:
+            raise _faults.unknown_database(source)
+        self.create(target)
+        reader, writer = sqlite3.connect(found[1]), sqlite3.connect(self.paths[target])
+        reader.backup(writer)
+        reader.close()
+        writer.close()
+
+    def drop(self, name):
+        found = self.find(name)
+        if not found or found[0] == NAME:
+            raise _faults.cannot_drop("database", name)
+        with self.lock:
+            del self.paths[found[0]]
+        for ending in ("", "-wal", "-shm"):
+            if os.path.exists(found[1] + ending):
+                os.remove(found[1] + ending)
+
+
+def prepare(path):
+    """Makes a file what sessions expect: readers beside a writer, and a catalogue."""
+    connection = sqlite3.connect(path)
+    # The views of the catalogue name a function, which only has to be there.
+    connection.create_function("tds_object_id", -1, lambda *_: None)
+    connection.create_collation("TDS_TEXT", _functions.compare_texts)
+    connection.execute("PRAGMA journal_mode = WAL")
+    connection.execute("PRAGMA synchronous = OFF")
+    connection.executescript(_tables.SETUP)
+    connection.close()
