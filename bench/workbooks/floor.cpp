@@ -1,7 +1,7 @@
 // The same work as through.cpp, by the workbook library in its own process: what the work itself costs.
 //
-//   talvex_workbook_floor read FILE              reads the workbook and looks at every cell
-//   talvex_workbook_floor write TEMPLATE TARGET  fills 10,000 rows of 10 cells and writes the workbook
+//   talvex_workbook_floor read FILE                   reads the workbook and looks at every cell
+//   talvex_workbook_floor write TEMPLATE TARGET ROWS  fills rows of 10 cells and writes the workbook
 
 // gnumeric.h comes first: the library's other headers need it.
 #include <gnumeric.h>
@@ -79,8 +79,8 @@ Sum LookAtCells(Workbook* book) {
   return sum;
 }
 
-void Fill(Sheet* sheet) {
-  for (int row = 0; row < kRows; ++row) {
+void Fill(Sheet* sheet, int rows) {
+  for (int row = 0; row < rows; ++row) {
     for (int column = 0; column < kColumns; ++column) {
       GnmValue* value = IsText(column) ? value_new_string(TextOf(row, column).c_str())
                                        : value_new_float(NumberOf(row, column));
@@ -100,7 +100,7 @@ void Write(WorkbookView* view, const char* target, GOIOContext* io) {
 }  // namespace
 
 int main(int count, char** words) {
-  if (count < 3) return 2;
+  if (count != 3 && count != 5) return 2;
   GOIOContext* io = Start();
   WorkbookView* view = Open(words[2], io);
   if (view == nullptr) return 1;
@@ -109,7 +109,7 @@ int main(int count, char** words) {
     const Sum sum = LookAtCells(book);
     std::printf("%zu %zu\n", sum.numbers, sum.letters);
   } else {
-    Fill(workbook_sheet_by_index(book, 0));
+    Fill(workbook_sheet_by_index(book, 0), std::atoi(words[4]));
     workbook_recalc_all(book);
     Write(view, words[3], io);
   }

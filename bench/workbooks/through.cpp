@@ -1,9 +1,10 @@
 // Workbooks as the component reads and writes them: held in memory here, talvex-sheet started for every call.
 //
-//   talvex_workbook_through read FILE              reads the workbook and looks at every cell
-//   talvex_workbook_through write TEMPLATE TARGET  fills 10,000 rows of 10 cells and writes the workbook
+//   talvex_workbook_through read FILE                   reads the workbook and looks at every cell
+//   talvex_workbook_through write TEMPLATE TARGET ROWS  fills rows of 10 cells and writes the workbook
 
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -33,18 +34,20 @@ void Read(const char* path) {
   std::size_t letters = 0;
   for (std::int32_t index = 1; index <= book->SheetCount(); ++index) {
     const auto sheet = book->Sheet(index);
-    for (const auto& [at, cell] : sheet->UsedCells()) {
-      if (!cell.value.IsString()) ++numbers;
-      if (cell.value.IsString()) letters += cell.value.As<std::string>().size();
+    for (const auto& [row, cells] : sheet->UsedCells().ByRow()) {
+      for (const auto& [column, cell] : cells) {
+        if (!cell.value.IsString()) ++numbers;
+        if (cell.value.IsString()) letters += cell.value.As<std::string>().size();
+      }
     }
   }
   std::printf("%zu %zu\n", numbers, letters);
 }
 
-void Write(const char* template_path, const char* target) {
+void Write(const char* template_path, const char* target, int rows) {
   const auto book = Workbook::FromTemplate(template_path);
   const auto sheet = book->Sheet(1);
-  for (int row = 0; row < bench::kRows; ++row) {
+  for (int row = 0; row < rows; ++row) {
     for (int column = 0; column < bench::kColumns; ++column) {
       if (bench::IsText(column)) {
         sheet->SetValue(row + 2, column + 1, bench::TextOf(row, column));
@@ -59,13 +62,13 @@ void Write(const char* template_path, const char* target) {
 }  // namespace
 
 int main(int count, char** words) {
-  if (count < 3) return 2;
+  if (count != 3 && count != 5) return 2;
   try {
     SetUp();
     if (count == 3) {
       Read(words[2]);
     } else {
-      Write(words[2], words[3]);
+      Write(words[2], words[3], std::atoi(words[4]));
     }
     return 0;
   } catch (const automation::Error& error) {

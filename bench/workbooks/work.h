@@ -5,7 +5,6 @@
 
 namespace talvex::bench {
 
-inline constexpr int kRows = 10000;
 inline constexpr int kColumns = 10;
 
 inline bool IsText(int column) { return column % 3 == 0; }

@@ -78,7 +78,7 @@ struct ValueOf<Array> {
   static std::string TypeName() { return "array"; }
   static Array From(const Variant& value) {
     if (!value.IsArray()) {
-      throw Error(error_number::kTypeMismatch, "Talvex.Automation", "Type mismatch: an array is wanted");
+      throw Error(error_number::kTypeMismatch, kAutomationSource, "Type mismatch: an array is wanted");
     }
     return value.As<Array>();
   }
@@ -115,7 +115,7 @@ struct ValueOf<std::shared_ptr<C>> {
       if (object == nullptr) return nullptr;
       if (auto typed = std::dynamic_pointer_cast<C>(object)) return typed;
     }
-    throw Error(error_number::kTypeMismatch, "Talvex.Automation",
+    throw Error(error_number::kTypeMismatch, kAutomationSource,
                 "Type mismatch: an object of class " + TypeName() + " is wanted");
   }
   // An object that is not set is Empty to a late-bound caller.
@@ -125,7 +125,7 @@ struct ValueOf<std::shared_ptr<C>> {
 };
 
 [[noreturn]] inline void RaiseMissingArgument() {
-  throw Error(error_number::kArgumentNotOptional, "Talvex.Automation", "Argument not optional");
+  throw Error(error_number::kArgumentNotOptional, kAutomationSource, "Argument not optional");
 }
 
 // One argument on its way through a call: converted when made, handed back by Return().

@@ -4,8 +4,6 @@ namespace talvex::automation {
 
 namespace {
 
-constexpr std::string_view kSource = "Talvex.Automation";
-
 bool IsNameCharacter(char c) noexcept {
   const char folded = FoldCase(c);
   return (folded >= 'a' && folded <= 'z') || (c >= '0' && c <= '9') || c == '_';
@@ -22,7 +20,7 @@ std::string NameAtEnd(std::string_view parameter) {
 }
 
 [[noreturn]] void RaiseNoSuchMember(const ClassInfo& info, std::string_view member) {
-  throw Error(error_number::kNoSuchMember, kSource,
+  throw Error(error_number::kNoSuchMember, kAutomationSource,
               "Object doesn't support this property or method: " + info.Name() + "." + std::string(member));
 }
 
@@ -77,7 +75,7 @@ Variant Object::Invoke(std::string_view method, Arguments arguments) {
   const Method* found = Class().FindMethod(method);
   if (found == nullptr) RaiseNoSuchMember(Class(), method);
   if (arguments.size() > found->parameters.size()) {
-    throw Error(error_number::kWrongNumberOfArguments, kSource,
+    throw Error(error_number::kWrongNumberOfArguments, kAutomationSource,
                 "Wrong number of arguments: " + Class().Name() + "." + found->name + " takes " +
                     std::to_string(found->parameters.size()));
   }

@@ -11,7 +11,7 @@ void ClassRegistry::Register(std::string_view name, const ClassInfo& info, Maker
 ObjectRef ClassRegistry::Create(std::string_view name) const {
   const auto found = entries_.find(name);
   if (found == entries_.end()) {
-    throw Error(error_number::kCannotCreateObject, "Talvex.Automation",
+    throw Error(error_number::kCannotCreateObject, kAutomationSource,
                 "Component can't create object: there is no class '" + std::string(name) + "'");
   }
   return found->second.maker();

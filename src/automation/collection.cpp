@@ -10,7 +10,7 @@ Collection::~Collection() {
 
 void Collection::Add(const Variant& item, std::optional<std::string> key) {
   if (key && !index_.emplace(*key, entries_.size()).second) {
-    throw Error(error_number::kDuplicateKey, "Talvex.Automation",
+    throw Error(error_number::kDuplicateKey, kAutomationSource,
                 "This key is already associated with an element of this collection: '" + *key + "'");
   }
   entries_.push_back({std::move(key), item});
@@ -20,14 +20,14 @@ std::size_t Collection::Find(const Variant& index) const {
   if (index.IsString()) {
     const auto found = index_.find(index.As<std::string>());
     if (found == index_.end()) {
-      throw Error(error_number::kInvalidCall, "Talvex.Automation",
+      throw Error(error_number::kInvalidCall, kAutomationSource,
                   "Invalid procedure call: the collection has no key '" + index.As<std::string>() + "'");
     }
     return found->second;
   }
   const std::int32_t position = ToInt32(index);
   if (position < 1 || position > Count()) {
-    throw Error(error_number::kSubscriptOutOfRange, "Talvex.Automation",
+    throw Error(error_number::kSubscriptOutOfRange, kAutomationSource,
                 "Subscript out of range: the collection has no item " + std::to_string(position));
   }
   return static_cast<std::size_t>(position - 1);

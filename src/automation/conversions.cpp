@@ -13,8 +13,6 @@ namespace talvex::automation {
 
 namespace {
 
-constexpr std::string_view kSource = "Talvex.Automation";
-
 // The value as an error message shows it: texts are quoted and cut, so that a message stays a line.
 std::string Shown(const Variant& value) {
   if (!value.IsString()) return "a value of kind " + std::string(KindName(value.Type()));
@@ -27,16 +25,17 @@ std::string Shown(const Variant& value) {
 }
 
 [[noreturn]] void RaiseMismatch(const Variant& value, std::string_view wanted) {
-  throw Error(error_number::kTypeMismatch, kSource,
+  throw Error(error_number::kTypeMismatch, kAutomationSource,
               "Type mismatch: " + Shown(value) + " is not " + std::string(wanted));
 }
 
 [[noreturn]] void RaiseNull() {
-  throw Error(error_number::kInvalidUseOfNull, kSource, "Invalid use of Null");
+  throw Error(error_number::kInvalidUseOfNull, kAutomationSource, "Invalid use of Null");
 }
 
 [[noreturn]] void RaiseOverflow(std::string_view type) {
-  throw Error(error_number::kOverflow, kSource, "Overflow: the number does not fit " + std::string(type));
+  throw Error(error_number::kOverflow, kAutomationSource,
+              "Overflow: the number does not fit " + std::string(type));
 }
 
 template <class Integer>

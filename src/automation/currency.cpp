@@ -14,7 +14,7 @@ constexpr int kPlaces = 4;
 constexpr std::int64_t kScale = 10000;
 
 [[noreturn]] void RaiseOverflow() {
-  throw Error(error_number::kOverflow, "Talvex.Automation",
+  throw Error(error_number::kOverflow, kAutomationSource,
               "Overflow: the amount does not fit a currency value");
 }
 
@@ -22,7 +22,7 @@ constexpr std::int64_t kScale = 10000;
 
 Currency Currency::FromDouble(double value) {
   if (!std::isfinite(value)) {
-    throw Error(error_number::kTypeMismatch, "Talvex.Automation",
+    throw Error(error_number::kTypeMismatch, kAutomationSource,
                 "Type mismatch: the amount is not a finite number");
   }
   // Below this bound, and at it, to which numbers may be rounded up, 15 significant digits hold all four

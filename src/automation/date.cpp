@@ -190,7 +190,7 @@ std::optional<Date> Date::TryCivil(int year, unsigned month, unsigned day, int h
 Date Date::Civil(int year, unsigned month, unsigned day, int hour, int minute, int second) {
   const auto date = TryCivil(year, month, day, hour, minute, second);
   if (!date)
-    throw Error(error_number::kInvalidCall, "Talvex.Automation", "Invalid procedure call: no such date");
+    throw Error(error_number::kInvalidCall, kAutomationSource, "Invalid procedure call: no such date");
   return *date;
 }
 

@@ -75,7 +75,7 @@ std::uint64_t DropDigits(std::uint64_t digits, int dropped) noexcept {
 
 double Round(double value, int places) {
   if (places < 0) {
-    throw Error(error_number::kInvalidCall, "Talvex.Automation", "Invalid procedure call: negative decimals");
+    throw Error(error_number::kInvalidCall, kAutomationSource, "Invalid procedure call: negative decimals");
   }
   constexpr int kMostPlaces = 22;  // 10^22 is the largest power of ten that a double holds exactly.
   if (places > kMostPlaces || !std::isfinite(value) || value == std::trunc(value)) return value;

@@ -10,7 +10,7 @@ Dictionary::~Dictionary() {
 
 void Dictionary::Add(const std::string& key, const Variant& item) {
   if (!index_.emplace(key, entries_.size()).second) {
-    throw Error(error_number::kDuplicateKey, "Talvex.Automation",
+    throw Error(error_number::kDuplicateKey, kAutomationSource,
                 "This key is already associated with an element of this collection: '" + key + "'");
   }
   entries_.emplace_back(key, item);
@@ -35,7 +35,7 @@ void Dictionary::SetItem(const std::string& key, const Variant& item) {
 void Dictionary::Remove(const std::string& key) {
   const auto found = index_.find(key);
   if (found == index_.end()) {
-    throw Error(error_number::kInvalidCall, "Talvex.Automation",
+    throw Error(error_number::kInvalidCall, kAutomationSource,
                 "Invalid procedure call: there is no key '" + key + "'");
   }
   const std::size_t removed = found->second;

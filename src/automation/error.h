@@ -8,6 +8,9 @@
 
 namespace talvex::automation {
 
+// The source of the errors that this library raises itself.
+inline constexpr std::string_view kAutomationSource = "Talvex.Automation";
+
 // The numbers that a caller of the automation platform knows.
 namespace error_number {
 inline constexpr std::int32_t kInvalidCall = 5;

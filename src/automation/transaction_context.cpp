@@ -12,7 +12,7 @@ thread_local TransactionContext* current_context = nullptr;
 
 TransactionContext::TransactionContext(const ClassRegistry& classes) : classes_(classes) {
   if (current_context != nullptr) {
-    throw Error(error_number::kInvalidCall, "Talvex.Automation",
+    throw Error(error_number::kInvalidCall, kAutomationSource,
                 "Invalid procedure call: the thread is in a transaction already");
   }
   current_context = this;
@@ -32,7 +32,7 @@ void TransactionContext::Offer(std::string_view name, ObjectRef object) {
 ObjectRef TransactionContext::NamedObject(std::string_view name) const {
   const auto found = named_.find(name);
   if (found == named_.end()) {
-    throw Error(error_number::kInvalidCall, "Talvex.Automation",
+    throw Error(error_number::kInvalidCall, kAutomationSource,
                 "Invalid procedure call: the host offers no object '" + std::string(name) + "'");
   }
   return found->second;

@@ -19,7 +19,7 @@ std::int32_t Array::Upper() const noexcept { return lower_ + static_cast<std::in
 
 const Variant& Array::At(std::int32_t index) const {
   if (index < lower_ || index > Upper()) {
-    throw Error(error_number::kSubscriptOutOfRange, "Talvex.Automation",
+    throw Error(error_number::kSubscriptOutOfRange, kAutomationSource,
                 "Subscript out of range: there is no element " + std::to_string(index));
   }
   return items_[static_cast<std::size_t>(index - lower_)];

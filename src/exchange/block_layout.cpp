@@ -21,7 +21,7 @@ std::int32_t TargetSheet::CountThere(const Block& block) const {
     return std::any_of(block.fields.begin(), block.fields.end(), [&](const Field& field) {
       if (!field.value || IsFormula(field.value->type) || field.value->temporary) return false;
       const Position at = field.value->at;
-      return cells.contains({at.row + record * block.rows, at.column});
+      return cells.Find({at.row + record * block.rows, at.column}) != nullptr;
     });
   };
   std::int32_t there = 0;
@@ -85,11 +85,16 @@ void TargetSheet::Insert(const Block& block, const BlockPlan& plan) {
 
 // Whether the first record's rows hold anything that no field is going to replace.
 bool TargetSheet::HasOwnContent(const Block& block) const {
-  const auto& cells = sheet_->UsedCells();
-  const auto end = cells.lower_bound({block.first.row + block.rows, 1});
-  return std::any_of(cells.lower_bound({block.first.row, 1}), end, [&](const auto& cell) {
-    return std::none_of(block.fields.begin(), block.fields.end(),
-                        [&](const Field& field) { return field.value && field.value->at == cell.first; });
+  const auto is_replaced = [&](Position at) {
+    return std::any_of(block.fields.begin(), block.fields.end(),
+                       [&](const Field& field) { return field.value && field.value->at == at; });
+  };
+  const auto& rows = sheet_->UsedCells().ByRow();
+  const auto end = rows.lower_bound(block.first.row + block.rows);
+  return std::any_of(rows.lower_bound(block.first.row), end, [&](const auto& row) {
+    return !std::all_of(row.second.begin(), row.second.end(), [&](const auto& cell) {
+      return is_replaced({row.first, cell.column});
+    });
   });
 }
 

@@ -147,7 +147,7 @@ class Writer {
   static void PutContent(Cell cell, const Variant& value) {
     const bool is_nothing = value.IsEmpty() || (value.IsString() && value.As<std::string>().empty());
     // An empty cell needs no emptying: rows of records have many.
-    if (is_nothing && !cell.sheet->UsedCells().contains(cell.at)) return;
+    if (is_nothing && cell.sheet->UsedCells().Find(cell.at) == nullptr) return;
     cell.sheet->SetValue(cell.at.row, cell.at.column, value);
   }
 

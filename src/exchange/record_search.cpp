@@ -51,8 +51,8 @@ std::vector<Variant> ColumnOf(const markup::Block& block, const markup::Field& f
   std::vector<Variant> values;
   for (std::int32_t record = 0; record < there; ++record) {
     const Position at = field.value->at;
-    const auto cell = sheet.UsedCells().find({at.row + record * block.rows, at.column});
-    values.push_back(cell == sheet.UsedCells().end() ? Variant() : cell->second.value);
+    const auto* cell = sheet.UsedCells().Find({at.row + record * block.rows, at.column});
+    values.push_back(cell == nullptr ? Variant() : cell->value);
   }
   return values;
 }

@@ -8,6 +8,8 @@
 
 namespace talvex {
 
+using platform::spreadsheet::Cell;
+using platform::spreadsheet::Position;
 using platform::spreadsheet::Property;
 using platform::spreadsheet::Workbook;
 using platform::spreadsheet::Worksheet;
@@ -89,22 +91,28 @@ void AppendProperty(std::string& xml, const Property& property) {
   }
 }
 
+void AppendCell(std::string& xml, Position at, const Cell& cell) {
+  const std::string text = automation::ToText(cell.value);
+  if (automation::Trimmed(text).empty()) return;
+  xml.append("<Cell Row=\"");
+  AppendNumber(xml, at.row);
+  xml.append("\" Column=\"");
+  AppendNumber(xml, at.column);
+  xml.append("\"");
+  if (!cell.formula.empty()) AppendAttribute(xml, "Formula", cell.formula);
+  xml.append(">");
+  AppendText(xml, text);
+  xml.append("</Cell>");
+}
+
 void AppendSheet(std::string& xml, const Worksheet& sheet) {
+  constexpr std::size_t kTypicalCell = 48;
+  xml.reserve(xml.size() + sheet.UsedCells().Count() * kTypicalCell);
   xml.append("<WorkSheet");
   AppendAttribute(xml, "Name", sheet.Name());
   xml.append(">");
-  for (const auto& [at, cell] : sheet.UsedCells()) {
-    const std::string text = automation::ToText(cell.value);
-    if (automation::Trimmed(text).empty()) continue;
-    xml.append("<Cell Row=\"");
-    AppendNumber(xml, at.row);
-    xml.append("\" Column=\"");
-    AppendNumber(xml, at.column);
-    xml.append("\"");
-    if (!cell.formula.empty()) AppendAttribute(xml, "Formula", cell.formula);
-    xml.append(">");
-    AppendText(xml, text);
-    xml.append("</Cell>");
+  for (const auto& [row, cells] : sheet.UsedCells().ByRow()) {
+    for (const auto& [column, cell] : cells) AppendCell(xml, {row, column}, cell);
   }
   xml.append("</WorkSheet>");
 }

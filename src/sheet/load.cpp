@@ -7,6 +7,7 @@
 // clang-format on
 
 #include <algorithm>
+#include <cstdint>
 #include <utility>
 #include <vector>
 
@@ -19,20 +20,26 @@ namespace {
 
 using nlohmann::json;
 
+// A cell with its place as one number, so that sorting need not look at the cells themselves.
+struct Placed {
+  std::int64_t place;
+  const GnmCell* cell;
+};
+
 // The sheet's cells in their order, which the library's hash table does not keep.
-std::vector<const GnmCell*> OrderedCells(const Sheet* sheet, bool only_formulas) {
-  std::vector<const GnmCell*> cells;
+std::vector<Placed> OrderedCells(const Sheet* sheet, bool only_formulas) {
+  std::vector<Placed> cells;
   cells.reserve(sheet_cells_count(sheet));
   sheet_cell_foreach(
       sheet,
-      [](gpointer /*key*/, gpointer cell, gpointer list) {
-        static_cast<std::vector<const GnmCell*>*>(list)->push_back(static_cast<const GnmCell*>(cell));
+      [](gpointer /*key*/, gpointer item, gpointer list) {
+        const auto* cell = static_cast<const GnmCell*>(item);
+        const std::int64_t place = std::int64_t{cell->pos.row} * GNM_MAX_COLS + cell->pos.col;
+        static_cast<std::vector<Placed>*>(list)->push_back({place, cell});
       },
       &cells);
-  if (only_formulas) std::erase_if(cells, [](const GnmCell* cell) { return cell->base.texpr == nullptr; });
-  std::sort(cells.begin(), cells.end(), [](const GnmCell* a, const GnmCell* b) {
-    return std::pair(a->pos.row, a->pos.col) < std::pair(b->pos.row, b->pos.col);
-  });
+  if (only_formulas) std::erase_if(cells, [](const Placed& one) { return one.cell->base.texpr == nullptr; });
+  std::sort(cells.begin(), cells.end(), [](const Placed& a, const Placed& b) { return a.place < b.place; });
   return cells;
 }
 
@@ -58,7 +65,7 @@ json ReadSheets(const Workbook* book, bool only_formulas) {
   for (int index = 0; index < workbook_sheet_count(book); ++index) {
     const Sheet* sheet = workbook_sheet_by_index(book, index);
     message::CellWriter cells;
-    for (const GnmCell* cell : OrderedCells(sheet, only_formulas)) {
+    for (const auto& [place, cell] : OrderedCells(sheet, only_formulas)) {
       if (auto read = ReadCell(cell)) cells.Add(std::move(*read));
     }
     sheets.push_back({{"name", ValidText(sheet->name_unquoted)}, {"cells", cells.Take()}});

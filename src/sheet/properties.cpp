@@ -57,7 +57,7 @@ Properties CustomProperties(const GsfDocMetaData* data) {
   return found;
 }
 
-struct ToLibrary {
+struct ToGenericValue {
   GValue* target;
 
   void operator()(std::monostate /*nothing*/) const { (*this)(std::string()); }
@@ -109,7 +109,7 @@ void SetProperty(Workbook* book, const std::string& name, const message::Value& 
   gsf_doc_meta_data_remove(data, kept.c_str());
   // The table takes the name and the value over.
   auto* made = g_new0(GValue, 1);
-  std::visit(ToLibrary{made}, value);
+  std::visit(ToGenericValue{made}, value);
   gsf_doc_meta_data_insert(data, g_strdup(kept.c_str()), made);
 }
 

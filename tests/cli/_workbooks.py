@@ -64,11 +64,18 @@ def told(path):
 def cells(sheet):
     """{(row, column): value} of a sheet as it is told, dates as datetimes, and {(row, column): formula}."""
     columns = sheet["cells"]
-    places = [(place // 256 + 1, place % 256 + 1) for place in columns["at"]]
-    values = list(columns["values"])
-    for index in columns["dates"]:
-        values[index] = EPOCH + datetime.timedelta(seconds=values[index])
-    return dict(zip(places, values)), {places[index]: text for index, text in columns["formulas"]}
+    places = [(place // 256 + 1, place % 256 + 1) for place, in struct.iter_unpack("=I", columns["at"])]
+    numbers = (number for number, in struct.iter_unpack("=d", columns["numbers"]))
+    texts = iter(columns["texts"])
+    of_kind = {0: lambda: None, 1: lambda: next(numbers) == 1, 2: lambda: next(numbers),
+               3: lambda: EPOCH + datetime.timedelta(seconds=next(numbers)), 4: lambda: next(texts)}
+    values, formulas = {}, {}
+    for place, kind in zip(places, columns["kinds"], strict=True):
+        values[place] = of_kind[kind & 15]()
+        if kind & 16:
+            formulas[place] = next(texts)
+    assert next(numbers, None) is None and next(texts, None) is None, "there are more values than cells"
+    return values, formulas
 
 
 def sheets(path):

@@ -40,12 +40,12 @@ def rich(path):
 
 
 def endless(path):
-    """A workbook whose formulas take hours."""
+    """A workbook whose formulas take minutes and next to no memory: each sums up all those above it."""
     book = xlwt.Workbook()
     sheet = book.add_sheet("Slow")
-    sheet.write(65535, 255, 1)
-    for row in range(3000):
-        sheet.write(row, 0, xlwt.Formula("SUMPRODUCT((B1:IV65536=1)*(B1:IV65536=2))+" + str(row)))
+    sheet.write(0, 0, 1)
+    for row in range(1, 60000):
+        sheet.write(row, 0, xlwt.Formula(f"SUM(A$1:A{row})"))
     book.save(path)
 
 
@@ -181,10 +181,9 @@ class Refusals(SampleTest):
         endless(self.path)
         self.gateway.__exit__()
         self.open_gateway(processor=4)
-        start = time.monotonic()
         error = self.open(self.path)["error"]
         self.assertEqual(error["data"]["number"], TOO_MUCH, error)
-        self.assertLess(time.monotonic() - start, 30)
+        self.assertIn("needs more processor time than is allowed", error["message"])
         self.assertEqual(children(self.gateway.process.pid), [])
 
     def test_nothing_outlives_the_process_that_wanted_it(self):

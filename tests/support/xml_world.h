@@ -15,6 +15,13 @@
 
 namespace talvex::test {
 
+// A document that must be one.
+inline platform::xml::XmlDocumentRef LoadedDocument(const std::string& text) {
+  auto document = std::make_shared<platform::xml::XmlDocument>();
+  EXPECT_TRUE(document->LoadXml(text)) << document->Error().reason;
+  return document;
+}
+
 class XmlTest : public ::testing::Test {
  protected:
   using XmlDocument = platform::xml::XmlDocument;
@@ -22,12 +29,7 @@ class XmlTest : public ::testing::Test {
 
   XmlTest() : environment_(MadeEnvironment()), for_thread_(environment_) {}
 
-  // A document that must be one.
-  static platform::xml::XmlDocumentRef Loaded(const std::string& text) {
-    auto document = std::make_shared<XmlDocument>();
-    EXPECT_TRUE(document->LoadXml(text)) << document->Error().reason;
-    return document;
-  }
+  static platform::xml::XmlDocumentRef Loaded(const std::string& text) { return LoadedDocument(text); }
 
   // Why a text is refused. It must be, and the document must be empty then.
   static std::string Refusal(const std::string& text) {

@@ -1,7 +1,6 @@
 """What goes wrong, and the number and state by which a client can tell."""
 
 import threading
-import time
 import unittest
 
 import _odbc
@@ -166,18 +165,15 @@ class AskedFor(_tds.ServerTest):
 
     def test_a_late_statement_runs_into_the_clients_time_limit(self):
         self.server.knobs.add("delay", milliseconds=200000, containing="SELECT")
-        start = time.monotonic()
         with _odbc.Statement(self.db) as statement:
             statement.set(_odbc.QUERY_TIMEOUT, 1)
             with self.assertRaises(_odbc.OdbcError) as caught:
                 statement.run("SELECT A FROM T")
         self.assertEqual(caught.exception.state, "HYT00")
-        self.assertLess(time.monotonic() - start, 100)
         self.assertEqual(self.db.rows("SELECT A FROM T"), [(1,)])
 
     def test_a_late_statement_can_be_cancelled(self):
         self.server.knobs.add("delay", milliseconds=200000, containing="SELECT")
-        start = time.monotonic()
         with _odbc.Statement(self.db) as statement:
             timer = threading.Timer(0.5, statement.cancel)
             timer.start()
@@ -185,7 +181,6 @@ class AskedFor(_tds.ServerTest):
                 statement.run("SELECT A FROM T")
             timer.join()
         self.assertEqual(caught.exception.state, "HY008")
-        self.assertLess(time.monotonic() - start, 100)
         self.assertEqual(self.db.rows("SELECT A FROM T"), [(1,)])
 
 

@@ -41,6 +41,12 @@ std::string FullName(const xmlNs* space, const xmlChar* local) {
 }
 
 std::string ContentOf(const xmlNode* node) {
+  // Nearly always there is one piece of text, which need not be put together.
+  const bool has_children = node->type == XML_ELEMENT_NODE || node->type == XML_ATTRIBUTE_NODE;
+  const xmlNode* const only = has_children ? node->children : nullptr;
+  if (only != nullptr && only->type == XML_TEXT_NODE && only->next == nullptr) {
+    return std::string(View(only->content));
+  }
   const TextRef content(xmlNodeGetContent(node));
   return std::string(View(content.get()));
 }

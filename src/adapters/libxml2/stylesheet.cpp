@@ -16,7 +16,7 @@ using StylesheetRef = std::unique_ptr<xsltStylesheet, FreeWith<xsltFreeStyleshee
 using TransformationRef = std::unique_ptr<xsltTransformContext, FreeWith<xsltFreeTransformContext>>;
 using PreferencesRef = std::unique_ptr<xsltSecurityPrefs, FreeWith<xsltFreeSecurityPrefs>>;
 
-constexpr std::string_view kWhat = "The stylesheet cannot be used";
+constexpr std::string_view kStylesheetFails = "The stylesheet cannot be used";
 
 // A copy that the library may change and free: it strips blanks from documents while it works.
 DocumentRef Copy(const xmlDoc& document) {
@@ -36,11 +36,11 @@ PreferencesRef MadeForbiddingAll() {
 StylesheetRef Compiled(const xmlDoc& source, const Complaints& complaints) {
   DocumentRef copy = Copy(source);
   StylesheetRef stylesheet(xsltParseStylesheetDoc(copy.get()));
-  if (stylesheet == nullptr) complaints.Raise(kWhat, "it is no stylesheet");
+  if (stylesheet == nullptr) complaints.Raise(kStylesheetFails, "it is no stylesheet");
   copy.release();  // It is the stylesheet's now.
   // What the library only warns of, such as an unknown instruction, it passes over later.
   const bool wrong = stylesheet->errors != 0 || stylesheet->warnings != 0 || complaints.First().code != 0;
-  if (wrong) complaints.Raise(kWhat, "it is wrong");
+  if (wrong) complaints.Raise(kStylesheetFails, "it is wrong");
   // The result is a text like any other here, whatever encoding the stylesheet asks for.
   xmlFree(stylesheet->encoding);
   stylesheet->encoding = Made(xmlStrdup(reinterpret_cast<const xmlChar*>("UTF-8")));
@@ -68,12 +68,12 @@ std::string Transformed(const xmlDoc& document, const xmlDoc& stylesheet) {
   const DocumentRef result(
       xsltApplyStylesheetUser(compiled.get(), source.get(), nullptr, nullptr, nullptr, transformation.get()));
   const bool failed = transformation->state != XSLT_STATE_OK || complaints.First().code != 0;
-  if (result == nullptr || failed) complaints.Raise(kWhat, "it failed");
+  if (result == nullptr || failed) complaints.Raise(kStylesheetFails, "it failed");
 
   xmlChar* text = nullptr;
   int length = 0;
   if (xsltSaveResultToString(&text, &length, result.get(), compiled.get()) < 0)
-    complaints.Raise(kWhat, "its result cannot be written");
+    complaints.Raise(kStylesheetFails, "its result cannot be written");
   const TextRef owned(text);
   return text == nullptr ? std::string()
                          : std::string(reinterpret_cast<const char*>(text), static_cast<std::size_t>(length));

@@ -12,7 +12,7 @@ namespace {
 using ContextRef = std::unique_ptr<xmlXPathContext, FreeWith<xmlXPathFreeContext>>;
 using ResultRef = std::unique_ptr<xmlXPathObject, FreeWith<xmlXPathFreeObject>>;
 
-constexpr std::string_view kWhat = "The XPath expression cannot be evaluated";
+constexpr std::string_view kXPathFails = "The XPath expression cannot be evaluated";
 
 xmlNode* FirstElement(xmlNode* node) {
   while (node != nullptr && node->type != XML_ELEMENT_NODE) node = node->next;
@@ -50,12 +50,12 @@ xmlNode* NextElement(xmlNode* current, const xmlNode* top) {
 std::vector<xmlNode*> SelectedNodes(xmlDoc& document, const std::string& xpath) {
   const Complaints complaints;
   // The library would stop at a NUL character.
-  if (!IsXmlText(xpath)) complaints.Raise(kWhat, "it holds a character that XML does not allow");
+  if (!IsXmlText(xpath)) complaints.Raise(kXPathFails, "it holds a character that XML does not allow");
   const ContextRef context(Made(xmlXPathNewContext(&document)));
   DeclarePrefixes(*context, document);
   const ResultRef result(xmlXPathEvalExpression(Chars(xpath), context.get()));
-  if (result == nullptr) complaints.Raise(kWhat, "it is wrong");
-  if (result->type != XPATH_NODESET) complaints.Raise(kWhat, "it does not select nodes");
+  if (result == nullptr) complaints.Raise(kXPathFails, "it is wrong");
+  if (result->type != XPATH_NODESET) complaints.Raise(kXPathFails, "it does not select nodes");
   if (result->nodesetval == nullptr) return {};
 
   xmlXPathNodeSetSort(result->nodesetval);

@@ -79,8 +79,8 @@ class MemoryFile {
   Descriptor file_;
 };
 
-// All that the child needs between fork and exec, made before: another thread may hold any lock just then, so
-// the child calls nothing but the system.
+// All that the child needs between its start and exec, made before: it uses the memory of this process, and
+// another thread may hold any lock just then, so it calls nothing but the system.
 struct Start {
   const char* program;
   std::vector<char*> arguments;
@@ -187,7 +187,9 @@ Run RunProgram(const std::string& program, const std::vector<std::string>& argum
                     nothing.Handle(),
                     getpid(),
                     limits};
-  const pid_t child = fork();
+  // Not fork: a copy of this process, which may be large, is not needed, and everything that this process
+  // writes to afterwards would be copied page by page.
+  const pid_t child = vfork();  // NOLINT(clang-analyzer-security.insecureAPI.vfork)
   if (child < 0) Raise("no process");
   if (child == 0) BecomeProgram(start);
   setpgid(child, child);  // Here as well as there: whichever comes first.

@@ -49,9 +49,8 @@ message::Value FromVariant(const Variant& value) {
 book::Sheet ReadSheet(const json& sheet) {
   book::Sheet result{Checked(sheet.at("name").get<std::string>()), {}};
   message::ReadCells(sheet.at("cells"), [&](message::Cell&& cell) {
-    result.cells.emplace_hint(
-        result.cells.end(), book::Position{cell.row, cell.column},
-        book::Cell{std::visit(ToVariant{}, std::move(cell.value)), Checked(std::move(cell.formula))});
+    result.cells.Set({cell.row, cell.column},
+                     {std::visit(ToVariant{}, std::move(cell.value)), Checked(std::move(cell.formula))});
   });
   return result;
 }
@@ -65,8 +64,10 @@ std::vector<book::Sheet> ReadSheets(const json& sheets) {
 struct ToMessage {
   json operator()(const book::edit::SetCells& edit) const {
     message::CellWriter cells;
-    for (const auto& [at, cell] : edit.cells) {
-      cells.Add({at.row, at.column, FromVariant(cell.value), cell.formula});
+    for (const auto& [row, used] : edit.cells.ByRow()) {
+      for (const auto& [column, cell] : used) {
+        cells.Add({row, column, FromVariant(cell.value), cell.formula});
+      }
     }
     return {{"edit", kind::kCells}, {"sheet", edit.sheet}, {"cells", cells.Take()}};
   }

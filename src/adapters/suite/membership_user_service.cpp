@@ -12,7 +12,7 @@ namespace {
 using automation::Error;
 namespace number = automation::error_number;
 
-constexpr std::string_view kSource = "Pellory.User";
+constexpr std::string_view kUserSource = "Pellory.User";
 
 }  // namespace
 
@@ -21,19 +21,20 @@ void MembershipUserService::Initialise(const std::string& path) { site_ = instal
 void MembershipUserService::Open(const std::string& user, const std::string& /*script_user*/,
                                  const std::string& /*script_code*/) {
   if (site_ == nullptr)
-    throw Error(number::kObjectNotSet, kSource, "Object not set: Initialise comes before Open");
+    throw Error(number::kObjectNotSet, kUserSource, "Object not set: Initialise comes before Open");
   SuiteDatabase database(site_->ConnectionText());
   const auto rows = database.Rows(
       "SELECT LOCALEID FROM SUITEUSER WHERE USERID=" + platform::database::TextLiteral(user), 1);
-  if (rows.RowCount() == 0) throw Error(number::kInvalidCall, kSource, "The user '" + user + "' is unknown");
+  if (rows.RowCount() == 0)
+    throw Error(number::kInvalidCall, kUserSource, "The user '" + user + "' is unknown");
   user_ = user;
   locale_id_ = rows.Value(0, 0);
 }
 
 std::int16_t MembershipUserService::LocaleId() const {
-  if (!user_) throw Error(number::kObjectNotSet, kSource, "Object not set: no user is open");
+  if (!user_) throw Error(number::kObjectNotSet, kUserSource, "Object not set: no user is open");
   if (locale_id_.IsNull())
-    throw Error(number::kInvalidCall, kSource, "The user '" + *user_ + "' has no locale");
+    throw Error(number::kInvalidCall, kUserSource, "The user '" + *user_ + "' has no locale");
   return automation::ToInt16(locale_id_);
 }
 

@@ -13,10 +13,10 @@ using automation::Error;
 using platform::xml::XmlDocument;
 using platform::xml::XmlNode;
 
-constexpr std::string_view kSource = "Corvane.Configuration";
+constexpr std::string_view kConfigurationSource = "Corvane.Configuration";
 
 [[noreturn]] void RaiseUnusable(const std::string& path, std::string_view reason) {
-  throw Error(automation::error_number::kInvalidCall, kSource,
+  throw Error(automation::error_number::kInvalidCall, kConfigurationSource,
               "The site configuration " + path + " cannot be used: " + std::string(reason));
 }
 

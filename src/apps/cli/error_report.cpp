@@ -12,7 +12,7 @@ namespace talvex::apps {
 namespace {
 
 constexpr std::string_view kHead = "ERROR 0x";
-constexpr std::string_view kDescription = " DESC: ";
+constexpr std::string_view kDescriptionMark = " DESC: ";
 
 std::vector<std::string> LinesOf(std::string_view text) {
   std::vector<std::string> lines;
@@ -37,8 +37,8 @@ bool HasChain(const std::vector<std::string>& lines) {
 std::string Innermost(const std::vector<std::string>& lines) {
   std::string message;
   for (const std::string& line : lines) {
-    if (line.starts_with(kDescription) && line.size() > kDescription.size())
-      message = line.substr(kDescription.size());
+    if (line.starts_with(kDescriptionMark) && line.size() > kDescriptionMark.size())
+      message = line.substr(kDescriptionMark.size());
   }
   if (message.ends_with('.')) message.pop_back();
   return message;
@@ -51,7 +51,7 @@ std::string Chain(const std::vector<std::string>& lines) {
   std::size_t depth = 0;
   for (const std::string& line : lines) {
     if (line == "." && depth > 1) --depth;
-    if (automation::Trimmed(line).empty() || line == "." || line == kDescription) continue;
+    if (automation::Trimmed(line).empty() || line == "." || line == kDescriptionMark) continue;
     if (line.starts_with(kHead)) ++depth;
     text.append(2 * depth, ' ').append(line).append("\n");
   }

@@ -1,14 +1,13 @@
 // What a workbook holds, as plain data: what an engine reads and what it is asked to change.
 #pragma once
 
-#include <compare>
 #include <cstdint>
-#include <map>
 #include <string>
 #include <variant>
 #include <vector>
 
 #include "automation/variant.h"
+#include "platform/spreadsheet/cells.h"
 
 namespace talvex::platform::spreadsheet {
 
@@ -19,26 +18,9 @@ inline constexpr std::int32_t kLastColumn = 256;
 // The longest text that a cell of the format holds, in UTF-16 units.
 inline constexpr std::size_t kLongestText = 32767;
 
-// A cell's place, counted from 1. Ordered row by row, and within a row column by column.
-struct Position {
-  std::int32_t row = 1;
-  std::int32_t column = 1;
-  friend auto operator<=>(const Position&, const Position&) = default;
-};
-
-// The value is Empty, a Double, a Boolean, a Date or a String; an error value is its text ("#DIV/0!"). Of a
-// cell with a formula it is what the engine calculated last.
-struct Cell {
-  automation::Variant value;
-  std::string formula;  // With the "=" before it; empty for a cell without one.
-  friend bool operator==(const Cell&, const Cell&) = default;
-};
-
-using Cells = std::map<Position, Cell>;
-
 struct Sheet {
   std::string name;
-  Cells cells;  // Those that hold something.
+  Cells cells;
 };
 
 // A custom document property. Its value is a String, a Double, a Date or a Boolean: the four types there are.

@@ -43,7 +43,7 @@ void OpenBook::NoteCell(const std::string& sheet, Position at, const Cell& cell)
     auto* cells = std::get_if<edit::SetCells>(&*last);
     if (cells == nullptr) break;
     if (cells->sheet != sheet) continue;
-    cells->cells.insert_or_assign(cells->cells.end(), at, cell);
+    cells->cells.Set(at, cell);
     return;
   }
   edits.emplace_back(edit::SetCells{sheet, {{at, cell}}});

@@ -180,11 +180,11 @@ std::string Workbook::Rewritten() {
   }
   if (book_->edits.empty()) return FileSystem().Read(base_);
   auto rewritten = engine_->Rewrite(base_, book_->edits);
-  for (auto& sheet : rewritten.formulas) {
+  for (const auto& sheet : rewritten.formulas) {
     const auto index = book_->FindSheet(sheet.name);
     if (!index) continue;
-    for (auto& [at, cell] : sheet.cells) {
-      book_->content.sheets[*index].cells.insert_or_assign(at, std::move(cell));
+    for (const auto& [row, cells] : sheet.cells.ByRow()) {
+      for (const auto& [column, cell] : cells) book_->content.sheets[*index].cells.Set({row, column}, cell);
     }
   }
   return std::move(rewritten.file);

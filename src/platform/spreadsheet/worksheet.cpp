@@ -113,26 +113,26 @@ void Worksheet::SetName(const std::string& name) {
 
 std::int32_t Worksheet::FirstRow() const {
   const Cells& cells = UsedCells();
-  return cells.empty() ? 1 : cells.begin()->first.row;
+  return cells.IsEmpty() ? 1 : cells.ByRow().begin()->first;
 }
 
 std::int32_t Worksheet::FirstColumn() const {
   const Cells& cells = UsedCells();
-  std::int32_t first = cells.empty() ? 1 : kLastColumn;
-  for (const auto& [at, cell] : cells) first = std::min(first, at.column);
+  std::int32_t first = cells.IsEmpty() ? 1 : kLastColumn;
+  for (const auto& [row, used] : cells.ByRow()) first = std::min(first, used.front().column);
   return first;
 }
 
 std::int32_t Worksheet::RowCount() const {
   const Cells& cells = UsedCells();
-  return cells.empty() ? 0 : cells.rbegin()->first.row - cells.begin()->first.row + 1;
+  return cells.IsEmpty() ? 0 : cells.ByRow().rbegin()->first - cells.ByRow().begin()->first + 1;
 }
 
 std::int32_t Worksheet::ColumnCount() const {
   const Cells& cells = UsedCells();
-  if (cells.empty()) return 0;
+  if (cells.IsEmpty()) return 0;
   std::int32_t last = 1;
-  for (const auto& [at, cell] : cells) last = std::max(last, at.column);
+  for (const auto& [row, used] : cells.ByRow()) last = std::max(last, used.back().column);
   return last - FirstColumn() + 1;
 }
 
@@ -140,8 +140,7 @@ const Cell* Worksheet::Find(std::int32_t row, std::int32_t column) const {
   const Cells& cells = UsedCells();
   RequireRow(row);
   RequireColumn(column);
-  const auto found = cells.find({row, column});
-  return found == cells.end() ? nullptr : &found->second;
+  return cells.Find({row, column});
 }
 
 void Worksheet::Put(Position at, Cell cell) {
@@ -150,9 +149,9 @@ void Worksheet::Put(Position at, Cell cell) {
   RequireColumn(at.column);
   book_->NoteCell(own.name, at, cell);
   if (IsNothing(cell)) {
-    own.cells.erase(at);
+    own.cells.Erase(at);
   } else {
-    own.cells.insert_or_assign(own.cells.end(), at, std::move(cell));
+    own.cells.Set(at, std::move(cell));
   }
 }
 
@@ -198,17 +197,10 @@ void Worksheet::InsertRows(std::int32_t row, std::int32_t count) {
   Sheet& own = Own();
   RequireRows(row, count);
   if (count == 0) return;
-  if (!own.cells.empty() && own.cells.rbegin()->first.row >= row) {
-    RequireRow(own.cells.rbegin()->first.row + count);
-  }
+  const auto& rows = own.cells.ByRow();
+  if (!rows.empty() && rows.rbegin()->first >= row) RequireRow(rows.rbegin()->first + count);
   book_->edits.emplace_back(edit::InsertRows{own.name, row, count});
-  Cells moved;
-  for (auto below = own.cells.lower_bound({row, 1}); below != own.cells.end();) {
-    auto node = own.cells.extract(below++);
-    node.key().row += count;
-    moved.insert(moved.end(), std::move(node));
-  }
-  own.cells.merge(moved);
+  own.cells.MoveDown(row, count);
 }
 
 void Worksheet::CopyRows(std::int32_t row, std::int32_t count, std::int32_t target) {
@@ -225,15 +217,7 @@ void Worksheet::Copy(std::int32_t row, std::int32_t count, std::int32_t target, 
   RequireRows(target, count);
   if (count == 0 || row == target) return;
   book_->edits.emplace_back(edit::CopyRows{own.name, row, count, target, only_styles});
-  if (only_styles) return;
-  const auto rows = [&](std::int32_t from) {
-    return std::pair(own.cells.lower_bound({from, 1}), own.cells.lower_bound({from + count, 1}));
-  };
-  Cells copied(rows(row).first, rows(row).second);
-  own.cells.erase(rows(target).first, rows(target).second);
-  for (auto& [at, cell] : copied) {
-    own.cells.insert_or_assign({at.row - row + target, at.column}, std::move(cell));
-  }
+  if (!only_styles) own.cells.CopyRows(row, count, target);
 }
 
 }  // namespace talvex::platform::spreadsheet

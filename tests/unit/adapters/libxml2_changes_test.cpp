@@ -64,6 +64,28 @@ TEST_F(XmlBuilding, ATextTakesThePlaceOfEverythingInTheElement) {
   EXPECT_EQ(document->SelectSingleNode("//b"), nullptr);
 }
 
+// Short texts are kept differently from long ones.
+TEST_F(XmlBuilding, TextsOfAnyLengthAreReplacedCopiedAndRemoved) {
+  for (std::size_t before = 0; before < 40; ++before) {
+    for (const std::size_t after : {0U, 1U, 15U, 16U, 40U}) {
+      const std::string old_text(before, 'o');
+      const std::string new_text(after, 'n');
+      const auto document = Loaded("<a x='" + old_text + "'><b>" + old_text + "</b></a>");
+      const XmlNodeRef root = document->DocumentElement();
+      const XmlNodeRef inner = root->Children("b")[0];
+      EXPECT_EQ(inner->Text(), old_text);
+      EXPECT_EQ(root->Attribute("x"), old_text);
+      const std::string copied = inner->Xml();
+      inner->SetText(new_text);
+      root->SetAttribute("x", new_text);
+      EXPECT_EQ(document->Xml(), "<a x=\"" + new_text + "\"><b>" + new_text + "</b></a>");
+      EXPECT_EQ(copied, before == 0 ? "<b/>" : "<b>" + old_text + "</b>");
+      root->Remove();
+      EXPECT_EQ(inner->Text(), new_text);
+    }
+  }
+}
+
 TEST_F(XmlBuilding, AnAttributeTakesThePlaceOfOneOfTheSameName) {
   const auto document = Loaded("<a x='1' y='2'/>");
   const XmlNodeRef set = document->DocumentElement()->SetAttribute("x", "3");

@@ -15,7 +15,7 @@ using automation::Date;
 using suite_test::ErrorOf;
 namespace number = automation::error_number;
 
-constexpr std::string_view kRows = R"(
+constexpr std::string_view kCurrencyRows = R"(
 INSERT INTO CURRENCY (CURRENCYCODE, DECIMALS) VALUES ('USD', 2), ('EUR', 2), ('JPY', 0),
   ('ODD', NULL), ('O''X', 3);
 INSERT INTO EXCHANGERATE (CURRENCYCODE, VALIDFROM, RATE) VALUES
@@ -40,7 +40,7 @@ class SuiteCurrencyService : public testing::Test {
     return ErrorOf([&] { static_cast<void>(Convert(source, target, 10000, date)); });
   }
 
-  suite_test::DatabaseWorld world_{kRows};
+  suite_test::DatabaseWorld world_{kCurrencyRows};
   platform::suite::CurrencyConverter service_{world_.classes->Create(platform::suite::class_name::kCurrency)};
 };
 

@@ -13,7 +13,7 @@ namespace {
 using suite_test::ErrorOf;
 namespace number = automation::error_number;
 
-constexpr std::string_view kRows = R"(
+constexpr std::string_view kMembershipRows = R"(
 INSERT INTO SUITEUSER (USERID, FULLNAME, EMAIL, LOCALEID) VALUES
   ('h.moreau', NULL, NULL, 1036), ('o''brien', NULL, NULL, 1033), ('mute', NULL, NULL, NULL),
   ('far', NULL, NULL, 40000);
@@ -30,7 +30,7 @@ class SuiteMembershipUser : public testing::Test {
     return ErrorOf([&] { static_cast<void>(LocaleOf(user)); });
   }
 
-  suite_test::DatabaseWorld world_{kRows};
+  suite_test::DatabaseWorld world_{kMembershipRows};
   platform::suite::MembershipUser service_{
       world_.classes->Create(platform::suite::class_name::kMembershipUser)};
 };

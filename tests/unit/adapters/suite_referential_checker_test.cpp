@@ -16,7 +16,7 @@ using automation::Array;
 using automation::Variant;
 using suite_test::ErrorOf;
 
-constexpr std::string_view kRows = R"(
+constexpr std::string_view kReferentialRows = R"(
 INSERT INTO SUITEUSER (USERID) VALUES ('anna'), ('o''brien');
 INSERT INTO SUITEOFFICE (OFFICEDESCRIPTION) VALUES ('Lyon');
 INSERT INTO CURRENCY (CURRENCYCODE, DECIMALS) VALUES ('EUR', 2);
@@ -26,7 +26,7 @@ INSERT INTO BUDGET (BUDGETCODE, CHARGETYPECODE) VALUES ('A', 'IT');
 
 class ReferentialCheckerTest : public testing::Test {
  protected:
-  suite_test::DatabaseWorld world_{kRows};
+  suite_test::DatabaseWorld world_{kReferentialRows};
   platform::suite::ReferentialChecker checker_{
       world_.classes->Create(platform::suite::class_name::kReferentialChecker)};
 };

@@ -15,7 +15,7 @@ using automation::Variant;
 using suite_test::ErrorOf;
 namespace number = automation::error_number;
 
-constexpr std::string_view kRows = R"(
+constexpr std::string_view kUserRows = R"(
 INSERT INTO SUITEUSER (USERID, FULLNAME, EMAIL, LOCALEID) VALUES
   ('h.moreau', 'Hélène Moreau', ' h.moreau@example.com ', 1036),
   ('d.reed', 'Daniel Reed', 'd.reed@example.org', 1033),
@@ -38,7 +38,7 @@ class SuiteUserServiceTest : public testing::Test {
     return ErrorOf([&] { service_.SendMail(from, to, "s", "b"); });
   }
 
-  suite_test::DatabaseWorld world_{kRows};
+  suite_test::DatabaseWorld world_{kUserRows};
   automation::ObjectRef object_ = world_.classes->Create(platform::suite::class_name::kSuiteUser);
   platform::suite::SuiteUser service_{object_};
 };

@@ -17,14 +17,14 @@ namespace {
 
 using test::ErrorOf;
 
-struct Sample {
+struct OfEveryKind {
   Variant value;
   Kind kind;
   std::string name;
 };
 
 // One value of every kind.
-std::vector<Sample> Samples() {
+std::vector<OfEveryKind> Samples() {
   return {{Variant(), Kind::Empty, "Empty"},
           {kNull, Kind::Null, "Null"},
           {true, Kind::Boolean, "Boolean"},
@@ -39,7 +39,7 @@ std::vector<Sample> Samples() {
 }
 
 TEST(Variant, KnowsItsKind) {
-  for (const Sample& sample : Samples()) {
+  for (const OfEveryKind& sample : Samples()) {
     EXPECT_EQ(sample.value.Type(), sample.kind) << sample.name;
     EXPECT_EQ(KindName(sample.kind), sample.name);
     EXPECT_EQ(sample.value.IsEmpty(), sample.kind == Kind::Empty);
@@ -51,7 +51,7 @@ TEST(Variant, KnowsItsKind) {
 }
 
 TEST(Variant, EqualsOnlyTheSameKindAndValue) {
-  const std::vector<Sample> samples = Samples();
+  const std::vector<OfEveryKind> samples = Samples();
   for (std::size_t i = 0; i < samples.size(); ++i) {
     for (std::size_t j = 0; j < samples.size(); ++j) {
       EXPECT_EQ(samples[i].value == samples[j].value, i == j) << samples[i].name << " " << samples[j].name;

@@ -194,7 +194,7 @@ TEST(MarkupValues, PlaceholdersAreFilledIn) {
 TEST(MarkupValues, ResultsAreCalculatedWithTheTemporaryValuesWhichThenGo) {
   WithWorkbooks([](WorkbookWorld& world) {
     world.Engine().results = {MadeSheet("Lines", {{"B2", 108.25}})};
-    world.Engine().results[0].cells[ReadAddress("B2")].formula = "=A2*Z1";
+    world.Engine().results[0].cells.Set(ReadAddress("B2"), {108.25, "=A2*Z1"});
     const auto book = world.Write(OnLines("<v B2BVALUEPOS='Z1' B2BVALUETYPE='number' B2BTEMPVALUE='1.0825'/>"
                                           "<v B2BVALUEPOS='B2' B2BVALUETYPE='result' B2BVALUE='=A2*Z1'/>"),
                                   {{"A2", 100.0}});
@@ -203,8 +203,8 @@ TEST(MarkupValues, ResultsAreCalculatedWithTheTemporaryValuesWhichThenGo) {
     ASSERT_EQ(world.Engine().rewrites.size(), 1U);
     const auto* cells = std::get_if<platform::spreadsheet::edit::SetCells>(&world.Engine().rewrites[0].at(0));
     ASSERT_NE(cells, nullptr);
-    EXPECT_EQ(cells->cells.at(ReadAddress("Z1")).value, automation::Variant(1.0825));
-    EXPECT_EQ(cells->cells.at(ReadAddress("B2")).formula, "=A2*Z1");
+    EXPECT_EQ(cells->cells.Find(ReadAddress("Z1"))->value, automation::Variant(1.0825));
+    EXPECT_EQ(cells->cells.Find(ReadAddress("B2"))->formula, "=A2*Z1");
   });
 }
 

@@ -34,10 +34,10 @@ TEST(TransformExcelToXML, WritesEveryUsedCellOfEverySheet) {
                                              {"B10", "   "},
                                              {"C10", "\t"},
                                              {"IV65536", "corner é\r\nbelow"}});
-    first.cells[ReadAddress("H3")] = {750.0, "=A3-\"<\""};
-    first.cells[ReadAddress("H4")] = {std::string(" "), "=\" \""};
-    first.cells[ReadAddress("H5")] = {std::string("#DIV/0!"), "=1/0"};
-    first.cells[ReadAddress("H6")] = {Variant(), "=A1"};
+    first.cells.Set(ReadAddress("H3"), {750.0, "=A3-\"<\""});
+    first.cells.Set(ReadAddress("H4"), {std::string(" "), "=\" \""});
+    first.cells.Set(ReadAddress("H5"), {std::string("#DIV/0!"), "=1/0"});
+    first.cells.Set(ReadAddress("H6"), {Variant(), "=A1"});
     const std::string path = world.Make("~budgets & co.xls", {{first, {"Empty", {}}}, {}});
     EXPECT_EQ(Read(path),
               "<B2BEXCEL WorkBook=\"budgets &amp; co.xls\"><WorkSheet Name=\"Lines &amp; more\">"

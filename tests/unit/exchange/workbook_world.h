@@ -48,8 +48,9 @@ inline Sheet MadeSheet(const std::string& name, const std::vector<CellText>& cel
   Sheet sheet{name, {}};
   for (const auto& [address, value] : cells) {
     const bool is_formula = value.IsString() && value.As<std::string>().starts_with('=');
-    sheet.cells[ReadAddress(address)] = is_formula ? platform::spreadsheet::Cell{{}, value.As<std::string>()}
-                                                   : platform::spreadsheet::Cell{value, {}};
+    platform::spreadsheet::Cell cell{value, {}};
+    if (is_formula) cell = {{}, value.As<std::string>()};
+    sheet.cells.Set(ReadAddress(address), cell);
   }
   return sheet;
 }
@@ -58,10 +59,12 @@ inline Sheet MadeSheet(const std::string& name, const std::vector<CellText>& cel
 inline std::string Shown(Workbook& book, const automation::Variant& sheet = 1) {
   const auto shown = book.Sheet(sheet);
   std::string text;
-  for (const auto& [at, cell] : shown->UsedCells()) {
-    const std::string value = automation::ToText(cell.value);
-    text += (text.empty() ? "" : " | ") + shown->Address(at.row, at.column) + " ";
-    text += !cell.formula.empty() ? cell.formula : cell.value.IsString() ? '"' + value + '"' : value;
+  for (const auto& [row, cells] : shown->UsedCells().ByRow()) {
+    for (const auto& [column, cell] : cells) {
+      const std::string value = automation::ToText(cell.value);
+      text += (text.empty() ? "" : " | ") + shown->Address(row, column) + " ";
+      text += !cell.formula.empty() ? cell.formula : cell.value.IsString() ? '"' + value + '"' : value;
+    }
   }
   return text;
 }

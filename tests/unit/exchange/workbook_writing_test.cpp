@@ -58,7 +58,7 @@ TEST(TransformXMLToExcel, WithoutADestinationTheWorkbookIsNotSaved) {
   });
 }
 
-struct FailureRow {
+struct WritingFailure {
   const char* what;
   std::string xml;
   std::int32_t mode;
@@ -68,7 +68,7 @@ struct FailureRow {
 };
 
 TEST(TransformXMLToExcel, EachFailureAddsOneLineAndLeavesNothingBehind) {
-  const FailureRow rows[] = {
+  const WritingFailure rows[] = {
       {"no XML", "<a>", 20, true, "a.XLT", kNotWritten},
       {"no text", "", 20, true, "a.XLT", kNotWritten},
       {"no write mode", "<a/>", 40, true, "a.XLT", kNotWritten},
@@ -80,7 +80,7 @@ TEST(TransformXMLToExcel, EachFailureAddsOneLineAndLeavesNothingBehind) {
        kNotWritten},
   };
   WithWorkbooks([&](WorkbookWorld& world) {
-    for (const FailureRow& row : rows) {
+    for (const WritingFailure& row : rows) {
       const std::string base = world.Make(row.file, {{MadeSheet("Lines", {})}, {}});
       std::string error = "first";
       const auto book =
@@ -129,7 +129,7 @@ TEST(TransformXMLToExcel, AFileThatCannotBeWrittenIsAFailure) {
   });
 }
 
-struct PropertyRow {
+struct PropertyToSet {
   const char* type;
   Variant given;
   Variant held;  // Empty: refused.
@@ -137,7 +137,7 @@ struct PropertyRow {
 
 TEST(SetCustomerPropertyInExcel, GivesThePropertyItsType) {
   const Date day = Date::Civil(2026, 3, 15);
-  const PropertyRow rows[] = {
+  const PropertyToSet rows[] = {
       {"text", "x", "x"},
       {"", 12.5, "12.5"},
       {"other", true, "True"},
@@ -160,7 +160,7 @@ TEST(SetCustomerPropertyInExcel, GivesThePropertyItsType) {
       {"text", kNull, {}},
   };
   WithWorkbooks([&](WorkbookWorld& world) {
-    for (const PropertyRow& row : rows) {
+    for (const PropertyToSet& row : rows) {
       BudgetExcel excel;
       auto book = world.Write("<a/>");
       std::string error;

@@ -4,6 +4,7 @@
 #include "automation/transaction_context.h"
 #include "exchange/budget.h"
 #include "support/stood_in_test.h"
+#include "support/xml_world.h"
 
 namespace talvex::test {
 namespace {
@@ -13,12 +14,6 @@ using platform::xml::XmlDocument;
 using platform::xml::XmlDocumentRef;
 using platform::xml::XmlNodeRef;
 using ::testing::HasSubstr;
-
-XmlDocumentRef LoadedDocument(const std::string& text) {
-  auto document = std::make_shared<XmlDocument>();
-  document->LoadXml(text);
-  return document;
-}
 
 struct NodeRow {
   const char* name;

@@ -3,6 +3,7 @@
 #include "automation/transaction_context.h"
 #include "exchange/budget_excel.h"
 #include "support/stood_in_test.h"
+#include "support/xml_world.h"
 
 namespace talvex::test {
 namespace {
@@ -12,12 +13,6 @@ using platform::xml::XmlDocument;
 using platform::xml::XmlDocumentRef;
 using platform::xml::XmlNodeList;
 using ::testing::HasSubstr;
-
-XmlDocumentRef LoadedDocument(const std::string& text) {
-  auto document = std::make_shared<XmlDocument>();
-  document->LoadXml(text);
-  return document;
-}
 
 struct PatternRow {
   const char* pattern;
@@ -74,7 +69,8 @@ TEST(ExecuteXSLPattern, LogsAndRaisesAnyOtherFailure) {
 TEST(ExecuteXSLPattern, OfADocumentThatDidNotParseIsEmpty) {
   WithStandIns([](StoodIn&) {
     BudgetExcel excel;
-    XmlDocumentRef document = LoadedDocument("<a>x");
+    auto document = std::make_shared<XmlDocument>();
+    ASSERT_FALSE(document->LoadXml("<a>x"));
     std::string pattern = "//a";
     EXPECT_EQ(excel.ExecuteXSLPattern(document, pattern), "");
   });

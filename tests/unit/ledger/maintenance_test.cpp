@@ -140,12 +140,12 @@ TEST(Selection, TakesValuesLongerThanAnyColumn) {
 }
 
 // Every operation that writes, on a ledger that holds something for it to do.
-struct Operation {
+struct Transaction {
   const char* name;
   void (*run)();
 };
 
-const Operation kOperations[] = {
+const Transaction kTransactions[] = {
     {"Insert",
      [] {
        Array fields({"CURRENCYCODE", "USERID"});
@@ -201,7 +201,7 @@ void Fill(const TestInstallation& site) {
   }
 }
 
-void FailEveryStatementOf(const Operation& operation) {
+void FailEveryStatementOf(const Transaction& operation) {
   RecordedInstallation test;
   Fill(test.Site());
   const std::string before = test.Site().Snapshot();
@@ -223,7 +223,7 @@ void FailEveryStatementOf(const Operation& operation) {
 }
 
 TEST(Maintenance, AFailureOfAnyStatementOfATransactionLeavesTheDatabaseAsItWas) {
-  for (const Operation& operation : kOperations) OnOwnThread([&] { FailEveryStatementOf(operation); });
+  for (const Transaction& operation : kTransactions) OnOwnThread([&] { FailEveryStatementOf(operation); });
 }
 
 }  // namespace

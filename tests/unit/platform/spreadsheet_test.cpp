@@ -227,11 +227,11 @@ TEST_F(SpreadsheetTest, CellsSetInTurnAreOneEditForEachSheet) {
   ASSERT_EQ(edits.size(), 4U);
   const auto& cells = std::get<edit::SetCells>(edits[0]);
   EXPECT_EQ(cells.sheet, "First");
-  EXPECT_EQ(cells.cells.size(), 3U);
-  EXPECT_EQ(cells.cells.at({1, 1}).value, Variant("again"));
+  EXPECT_EQ(cells.cells.Count(), 3U);
+  EXPECT_EQ(cells.cells.Find({1, 1})->value, Variant("again"));
   EXPECT_EQ(std::get<edit::SetCells>(edits[1]).sheet, "Second");
   EXPECT_EQ(std::get<edit::InsertRows>(edits[2]).row, 1);
-  EXPECT_EQ(std::get<edit::SetCells>(edits[3]).cells.at({1, 1}).value, Variant("after"));
+  EXPECT_EQ(std::get<edit::SetCells>(edits[3]).cells.Find({1, 1})->value, Variant("after"));
 }
 
 TEST_F(SpreadsheetTest, SavingAnUnchangedWorkbookStartsNothing) {
@@ -295,6 +295,23 @@ TEST_F(SpreadsheetTest, FormulasHaveTheirNewValuesOnceSaved) {
   EXPECT_EQ(sheet->Value(4, 3), Variant(3.0));
   book->Save();
   EXPECT_EQ(sheet->Value(4, 3), Variant(42.0));
+}
+
+TEST_F(SpreadsheetTest, CalculatingGivesFormulasTheirValuesAndKeepsTheChanges) {
+  engine_->formulas = {{"First", {{{4, 3}, {42.0, "=B2*2"}}}}};
+  const auto book = Open();
+  const auto sheet = book->Sheet(1);
+  book->Calculate();
+  EXPECT_TRUE(engine_->rewrites.empty()) << "nothing was changed";
+  sheet->SetValue(2, 2, 21.0);
+  book->Calculate();
+  EXPECT_EQ(sheet->Value(4, 3), Variant(42.0));
+  EXPECT_TRUE(book->Changed());
+  EXPECT_EQ(files_->Read(path_), "original");
+  book->Save();
+  ASSERT_EQ(engine_->rewrites.size(), 2U);
+  EXPECT_EQ(engine_->rewrites[1].size(), 1U) << "the change is saved with the workbook";
+  EXPECT_FALSE(book->Changed());
 }
 
 TEST_F(SpreadsheetTest, AClosedWorkbookAnswersNothing) {

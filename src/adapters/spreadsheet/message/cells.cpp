@@ -1,5 +1,8 @@
 #include "adapters/spreadsheet/message/cells.h"
 
+#include <array>
+#include <cmath>
+#include <cstring>
 #include <stdexcept>
 #include <utility>
 
@@ -9,85 +12,144 @@ namespace {
 
 using nlohmann::json;
 
+constexpr const char* kKinds[] = {"nothing", "boolean", "number", "date", "text"};
+
+// Every second up to here is a double of its own.
+constexpr double kLastSecond = 9007199254740992.0;
+
 [[noreturn]] void Broken(const char* what) {
   throw std::runtime_error(std::string("the message has ") + what);
 }
 
-json Plain(Value value) {
-  return std::visit(
-      [](auto&& one) -> json {
-        using T = std::remove_cvref_t<decltype(one)>;
-        if constexpr (std::is_same_v<T, std::monostate>) return nullptr;
-        if constexpr (std::is_same_v<T, Moment>) return one.seconds;
-        if constexpr (!std::is_same_v<T, std::monostate> && !std::is_same_v<T, Moment>) return std::move(one);
-      },
-      std::move(value));
+template <class T>
+void Append(std::vector<std::uint8_t>& bytes, T value) {
+  std::array<std::uint8_t, sizeof(T)> raw;
+  std::memcpy(raw.data(), &value, sizeof(T));
+  bytes.insert(bytes.end(), raw.begin(), raw.end());
 }
 
-Value Typed(const json& value, bool is_date) {
-  if (is_date) {
-    if (!value.is_number_integer()) Broken("a date that is no number of seconds");
-    return Moment{value.get<std::int64_t>()};
+// Takes the values of a packed column one after the other.
+template <class T>
+class Column {
+ public:
+  Column(const json& cells, const char* name) : bytes_(cells.at(name).get_binary()) {
+    if (bytes_.size() % sizeof(T) != 0) Broken("a column that ends within a value");
   }
-  if (value.is_null()) return std::monostate{};
-  if (value.is_boolean()) return value.get<bool>();
-  if (value.is_number()) return value.get<double>();
-  if (value.is_string()) return value.get_ref<const std::string&>();
-  Broken("a value of an unknown type");
+  [[nodiscard]] std::size_t Count() const { return bytes_.size() / sizeof(T); }
+  [[nodiscard]] bool AtEnd() const { return at_ == bytes_.size(); }
+  T Next() {
+    if (AtEnd()) Broken("a column that is too short");
+    T value;
+    std::memcpy(&value, bytes_.data() + at_, sizeof(T));
+    at_ += sizeof(T);
+    return value;
+  }
+
+ private:
+  const json::binary_t& bytes_;
+  std::size_t at_ = 0;
+};
+
+class Texts {
+ public:
+  explicit Texts(const json& texts) : texts_(texts.get_ref<const json::array_t&>()), at_(texts_.begin()) {}
+  [[nodiscard]] bool AtEnd() const { return at_ == texts_.end(); }
+  const std::string& Next() {
+    if (AtEnd()) Broken("too few texts");
+    return (at_++)->get_ref<const std::string&>();
+  }
+
+ private:
+  const json::array_t& texts_;
+  json::array_t::const_iterator at_;
+};
+
+Moment MomentOf(double seconds) {
+  if (!(std::abs(seconds) < kLastSecond)) Broken("a date that is no number of seconds");
+  return {static_cast<std::int64_t>(seconds)};
+}
+
+Value ReadOne(std::uint8_t kind, Column<double>& numbers, Texts& texts) {
+  switch (kind) {
+    case 0:
+      return std::monostate{};
+    case 1:
+      return numbers.Next() != 0;
+    case 2:
+      return numbers.Next();
+    case 3:
+      return MomentOf(numbers.Next());
+    case 4:
+      return texts.Next();
+    default:
+      Broken("a value of an unknown type");
+  }
 }
 
 }  // namespace
 
 void CellWriter::Add(Cell cell) {
-  const auto index = static_cast<std::int64_t>(at_.size());
-  at_.emplace_back(std::int64_t{cell.row - 1} * kColumns + (cell.column - 1));
-  if (std::holds_alternative<Moment>(cell.value)) dates_.emplace_back(index);
-  values_.push_back(Plain(std::move(cell.value)));
-  if (!cell.formula.empty()) formulas_.push_back(json::array({index, std::move(cell.formula)}));
+  Append(at_, static_cast<std::uint32_t>((cell.row - 1) * kColumns + (cell.column - 1)));
+  const auto kind = static_cast<std::uint8_t>(cell.value.index());
+  kinds_.push_back(cell.formula.empty() ? kind : static_cast<std::uint8_t>(kind | kHasFormula));
+  if (const auto* boolean = std::get_if<bool>(&cell.value)) Append(numbers_, *boolean ? 1.0 : 0.0);
+  if (const auto* number = std::get_if<double>(&cell.value)) Append(numbers_, *number);
+  if (const auto* date = std::get_if<Moment>(&cell.value)) {
+    Append(numbers_, static_cast<double>(date->seconds));
+  }
+  if (auto* text = std::get_if<std::string>(&cell.value)) texts_.emplace_back(std::move(*text));
+  if (!cell.formula.empty()) texts_.emplace_back(std::move(cell.formula));
 }
 
 json CellWriter::Take() {
-  return {{"at", std::move(at_)},
-          {"values", std::move(values_)},
-          {"dates", std::move(dates_)},
-          {"formulas", std::move(formulas_)}};
+  return {{"at", json::binary(std::move(at_))},
+          {"kinds", json::binary(std::move(kinds_))},
+          {"numbers", json::binary(std::move(numbers_))},
+          {"texts", std::move(texts_)}};
 }
 
 void ReadCells(const json& cells, const std::function<void(Cell&&)>& each) {
-  const auto column = [&](const char* name) -> const json::array_t& {
-    return cells.at(name).get_ref<const json::array_t&>();
-  };
-  const auto& places = column("at");
-  const auto& values = column("values");
-  if (values.size() != places.size()) Broken("columns of different lengths");
-  const auto& dates = column("dates");
-  const auto& formulas = column("formulas");
-  auto date = dates.begin();
-  auto formula = formulas.begin();
+  Column<std::uint32_t> places(cells, "at");
+  Column<std::uint8_t> kinds(cells, "kinds");
+  Column<double> numbers(cells, "numbers");
+  Texts texts(cells.at("texts"));
+  if (kinds.Count() != places.Count()) Broken("columns of different lengths");
   std::int64_t before = -1;
-  for (std::size_t index = 0; index < places.size(); ++index) {
-    const auto place = places[index].get<std::int64_t>();
+  while (!places.AtEnd()) {
+    const std::uint32_t place = places.Next();
     if (place <= before || place >= std::int64_t{kRows} * kColumns) Broken("a cell where none can be");
     before = place;
-    const bool is_date = date != dates.end() && date->get<std::size_t>() == index;
-    if (is_date) ++date;
+    const std::uint8_t kind = kinds.Next();
     Cell cell{static_cast<std::int32_t>(place / kColumns) + 1,
               static_cast<std::int32_t>(place % kColumns) + 1,
-              Typed(values[index], is_date),
+              ReadOne(kind & ~kHasFormula, numbers, texts),
               {}};
-    if (formula != formulas.end() && formula->at(0).get<std::size_t>() == index) {
-      cell.formula = (formula++)->at(1).get<std::string>();
-    }
+    if ((kind & kHasFormula) != 0) cell.formula = texts.Next();
     each(std::move(cell));
   }
-  if (date != dates.end() || formula != formulas.end()) Broken("a column out of order");
+  if (!numbers.AtEnd() || !texts.AtEnd()) Broken("more values than cells");
 }
 
 json WriteValue(const Value& value) {
-  static constexpr const char* kKinds[] = {"nothing", "boolean", "number", "date", "text"};
-  return json::array({kKinds[value.index()], Plain(value)});
+  struct Plain {
+    json operator()(std::monostate /*nothing*/) const { return nullptr; }
+    json operator()(bool boolean) const { return boolean; }
+    json operator()(double number) const { return number; }
+    json operator()(Moment date) const { return date.seconds; }
+    json operator()(const std::string& text) const { return text; }
+  };
+  return json::array({kKinds[value.index()], std::visit(Plain{}, value)});
 }
 
-Value ReadValue(const json& value) { return Typed(value.at(1), value.at(0) == "date"); }
+Value ReadValue(const json& value) {
+  const auto& kind = value.at(0).get_ref<const std::string&>();
+  const json& plain = value.at(1);
+  if (kind == "boolean") return plain.get<bool>();
+  if (kind == "number") return plain.get<double>();
+  if (kind == "date" && plain.is_number_integer()) return Moment{plain.get<std::int64_t>()};
+  if (kind == "text") return plain.get_ref<const std::string&>();
+  if (kind == "nothing") return std::monostate{};
+  Broken("a value of an unknown type");
+}
 
 }  // namespace talvex::adapters::spreadsheet::message

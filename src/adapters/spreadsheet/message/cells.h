@@ -1,10 +1,11 @@
 // How cells travel between talvex-sheet and the adapter that starts it.
 //
-// One CBOR map of columns, so that 100,000 cells stay small and quick:
-//   "at"        of every cell (row - 1) * 256 + (column - 1), rising
-//   "values"    of every cell null, a Boolean, a number or a text
-//   "dates"     which of them, counted from 0, are dates: their number is seconds since 1 January 1970
-//   "formulas"  [which cell, its formula with the "="] for those that have one
+// One CBOR map of columns, packed so that 100,000 cells stay small and quick. Numbers are in the byte order
+// of the machine, on which both programs run.
+//   "at"       bytes: of every cell (row - 1) * 256 + (column - 1) in four bytes, rising
+//   "kinds"    bytes: of every cell the index of its value's type in Value; plus kHasFormula with a formula
+//   "numbers"  bytes: a double for every Boolean (0 or 1), number and date (seconds since 1 January 1970)
+//   "texts"    array: of every cell its text, if it has one, and then its formula with the "=", if it has one
 #pragma once
 
 #include <cstdint>
@@ -12,11 +13,13 @@
 #include <nlohmann/json.hpp>
 #include <string>
 #include <variant>
+#include <vector>
 
 namespace talvex::adapters::spreadsheet::message {
 
 inline constexpr std::int32_t kRows = 65536;
 inline constexpr std::int32_t kColumns = 256;
+inline constexpr std::uint8_t kHasFormula = 16;
 
 // A date with its time of day, without a zone.
 struct Moment {
@@ -39,7 +42,10 @@ class CellWriter {
   [[nodiscard]] nlohmann::json Take();
 
  private:
-  nlohmann::json::array_t at_, values_, dates_, formulas_;
+  using Bytes = std::vector<std::uint8_t>;
+
+  Bytes at_, kinds_, numbers_;
+  nlohmann::json::array_t texts_;
 };
 
 // Calls `each` for every cell, in their order. Raises std::runtime_error, or what the library raises, for a

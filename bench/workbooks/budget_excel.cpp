@@ -1,13 +1,16 @@
 // Workbooks as Talvex.BudgetExcel reads and writes them, with all that it needs around it.
 //
-//   talvex_exchange_through read FILE              turns the workbook into XML
-//   talvex_exchange_through write TEMPLATE TARGET  fills 10,000 rows of 10 cells from marked-up XML and saves
+//   talvex_workbook_budget_excel read FILE                     turns the workbook into XML
+//   talvex_workbook_budget_excel markup ROWS                   prints what the next one writes
+//   talvex_workbook_budget_excel write TEMPLATE TARGET MARKUP  fills the rows from marked-up XML and saves
 //   them
 
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "adapters/libxml2/xml_engine.h"
 #include "adapters/posix/system_files.h"
@@ -30,14 +33,14 @@ void SetUp() {
   platform::Environment::SetForProcess(environment);
 }
 
-std::string Markup() {
+std::string Markup(int rows) {
   std::string xml = "<x B2BWORKSHEET=\"Lines\"><b B2BBLOCK=\"A2\">";
   for (int column = 0; column < bench::kColumns; ++column) {
     const std::string letter(1, static_cast<char>('A' + column));
     xml += "<c" + std::to_string(column) + " B2BVALUEPOS=\"" + letter + "2\" B2BVALUETYPE=\"" +
            (bench::IsText(column) ? "text" : "number") + "\"/>";
   }
-  for (int row = 0; row < bench::kRows; ++row) {
+  for (int row = 0; row < rows; ++row) {
     xml += "<r>";
     for (int column = 0; column < bench::kColumns; ++column) {
       const std::string name = "c" + std::to_string(column);
@@ -59,18 +62,25 @@ std::string Read(const char* path) {
   return error;
 }
 
-std::string Write(const char* template_path, const char* target) {
+std::string Write(const char* template_path, const char* target, const char* markup) {
+  const std::string xml = platform::Environment::Current().files->Read(markup);
   std::string error;
-  BudgetExcel().TransformXMLToExcel(Markup(), EWriteMode::Create, 0, true, error, "", template_path, target);
+  BudgetExcel().TransformXMLToExcel(xml, EWriteMode::Create, 0, true, error, "", template_path, target);
   return error;
 }
 
 }  // namespace
 
 int main(int count, char** words) {
-  if (count < 3) return 2;
+  const std::string_view work = count > 1 ? words[1] : "";
   SetUp();
-  const std::string error = count == 3 ? Read(words[2]) : Write(words[2], words[3]);
+  std::string error = "The source says how to call this program";
+  if (work == "markup" && count == 3) {
+    error.clear();
+    std::printf("%s", Markup(std::atoi(words[2])).c_str());
+  }
+  if (work == "read" && count == 3) error = Read(words[2]);
+  if (work == "write" && count == 5) error = Write(words[2], words[3], words[4]);
   if (!error.empty()) std::fprintf(stderr, "%s\n", error.c_str());
   return error.empty() ? 0 : 1;
 }
