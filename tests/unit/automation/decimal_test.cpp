@@ -242,6 +242,16 @@ TEST(NumberText, WritesFifteenSignificantDigits) {
   for (const auto& [value, text] : rows) EXPECT_EQ(NumberText(value), text);
 }
 
+TEST(NumberText, AgreesWithTheLibraryOverTheNumbersThatPeopleWrite) {
+  std::mt19937_64 random(7);
+  for (int i = 0; i < kSamples; ++i) {
+    const auto digits = static_cast<double>(random() % 10'000'000'000'000'000'000ULL >> (i % 64));
+    const double value = digits / std::pow(10, i % 20) * (i % 2 == 0 ? 1 : -1);
+    if (value == 0) continue;
+    ASSERT_EQ(NumberText(value), Raised(Printed("%.*g", 15, value))) << i;
+  }
+}
+
 TEST(NumberText, AgreesWithTheLibraryOverAllDoubles) {
   std::mt19937_64 random(42);
   for (int i = 0; i < kSamples; ++i) {
