@@ -1,7 +1,7 @@
 """What is no workbook, or would be too much of one, ends as an error text: the process goes on, and nothing
 is left behind, neither a process nor a file.
 
-TALVEX_DAMAGED_FILES says how many damaged files are tried; the default keeps a run of all tests short.
+TALVEX_DAMAGED_FILES says how many damaged files are tried (2,000).
 """
 
 import json
@@ -19,7 +19,7 @@ from _talvex import SampleTest
 from _workbooks import protected, styled
 from xlwt.CompoundDoc import XlsDoc
 
-DAMAGED_FILES = int(os.environ.get("TALVEX_DAMAGED_FILES", "300"))
+DAMAGED_FILES = int(os.environ.get("TALVEX_DAMAGED_FILES", "2000"))
 NO_WORKBOOK, MISSING, NO_ACCESS, TOO_MUCH = 321, 53, 75, 7
 
 
