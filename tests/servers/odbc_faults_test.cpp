@@ -57,6 +57,50 @@ TEST_F(OdbcFaultsTest, AFailedStatementLeavesItsTransactionOpen) {
   EXPECT_EQ(Column(*session, "SELECT BUDGETCODE FROM BUDGET"), (Values{"a", "b"}));
 }
 
+// With savepoints of the session's own, and with those of the driver.
+TEST_F(OdbcFaultsTest, WhatFailsIsUndoneAloneWhateverCameBefore) {
+  for (const char* const more : {"", ";Protocol=7.4-2"}) {
+    const auto session = Open(more);
+    session->Begin();
+    Run(*session, "SELECT * FROM BUDGET");
+    ExpectFault(FaultKind::Other, 208, "42S02", "", [&] { Run(*session, "SELECT * FROM NOSUCHTABLE"); });
+    Run(*session, "INSERT INTO BUDGET (BUDGETCODE) VALUES ('a')");
+    ExpectFault(FaultKind::Other, 207, "42S22", "",
+                [&] { Run(*session, "SELECT NOSUCHCOLUMN FROM BUDGET"); });
+    Run(*session, "SELECT * FROM BUDGET");
+    Run(*session, "INSERT INTO BUDGET (BUDGETCODE) VALUES ('b')");
+    Run(*session, "UPDATE BUDGET SET BUDGETTYPE=1");
+    ExpectFault(FaultKind::Duplicate, 2627, "23000", "",
+                [&] { Run(*session, "INSERT INTO BUDGET (BUDGETCODE) VALUES ('c'), ('A')"); });
+    EXPECT_EQ(Column(*session, "SELECT BUDGETCODE FROM BUDGET"), (Values{"a", "b"}));
+    session->Commit();
+    EXPECT_EQ(Column(*session, "SELECT BUDGETCODE FROM BUDGET WHERE BUDGETTYPE=1"), (Values{"a", "b"}))
+        << more;
+    Run(*session, "DELETE BUDGET");
+  }
+}
+
+TEST_F(OdbcFaultsTest, AFailureOfTheFirstStatementLosesNothing) {
+  const auto session = Open();
+  session->Begin();
+  ExpectFault(FaultKind::Other, 208, "42S02", "", [&] { Run(*session, "SELECT * FROM NOSUCHTABLE"); });
+  Run(*session, "INSERT INTO BUDGET (BUDGETCODE) VALUES ('a')");
+  session->Commit();
+  EXPECT_EQ(Column(*session, "SELECT BUDGETCODE FROM BUDGET"), Values{"a"});
+}
+
+TEST_F(OdbcFaultsTest, AnotherIsolationIsSaidBeforeAllElse) {
+  const auto session = Open();
+  session->Begin();
+  Run(*session, "set TRANSACTION ISOLATION LEVEL SERIALIZABLE");
+  Run(*session, "INSERT INTO BUDGET (BUDGETCODE) VALUES ('a')");
+  ExpectFault(FaultKind::Other, 1, "25001", "ISOLATION LEVEL",
+              [&] { Run(*session, "set TRANSACTION ISOLATION LEVEL REPEATABLE READ"); });
+  EXPECT_EQ(Value(*session, "SELECT current_setting('transaction_isolation')"), Variant("serializable"));
+  session->Commit();
+  EXPECT_EQ(Column(*session, "SELECT BUDGETCODE FROM BUDGET"), Values{"a"});
+}
+
 TEST_F(OdbcFaultsTest, WhatIsRolledBackIsGoneAndTheSessionServesAgain) {
   const auto session = Open();
   session->Begin();

@@ -34,11 +34,11 @@ bool AsksForReadCommitted(std::string_view text) {
   return SameFolded(level, "committed") || SameFolded(level, "uncommitted");
 }
 
-// With any other setting psqlodbc undoes a whole transaction when one of its statements fails, without a
-// word, and what comes next would be kept on its own.
+// With this setting psqlodbc undoes a whole transaction when one of its statements fails, without a word, and
+// what comes next would be kept on its own.
 void RequireStatementRollback(const ConnectionString& connection_string) {
   const std::string protocol = connection_string.Value("Protocol");
-  if (!protocol.ends_with("-0") && !protocol.ends_with("-1")) return;
+  if (!protocol.ends_with("-1")) return;
   throw Fault(FaultKind::CannotOpen, 4060, "08001",
               "Protocol=" + protocol + " undoes a whole transaction when one statement fails: use 7.4-2");
 }
@@ -51,15 +51,26 @@ auto OdbcSession::Noting(Step&& step) {
     return step();
   } catch (const Fault& fault) {
     failed_ = true;
-    undone_ = undone_ || fault.Kind() == FaultKind::Conflict || connection_.IsLost();
+    undone_ = undone_ || !OutlivesFailure(fault.Kind());
     throw;
   }
 }
 
+// Whether the transaction that is open goes on, with the failed statement alone undone.
+bool OdbcSession::OutlivesFailure(FaultKind kind) {
+  if (kind == FaultKind::Conflict || connection_.IsLost()) return false;
+  return !in_transaction_ || savepoints_.Undo(connection_);
+}
+
+void OdbcSession::BeforeStatement() {
+  if (in_transaction_) savepoints_.BeforeStatement(connection_);
+}
+
 OdbcSession::OdbcSession(std::shared_ptr<Environment> environment, const ConnectionString& connection_string,
                          std::optional<automation::Date> fixed_now, std::shared_ptr<Counters> counters)
-    : connection_(std::move(environment), connection_string),
+    : connection_(std::move(environment), Savepoints::WithoutTheDrivers(connection_string)),
       server_(ServerOf(connection_.ProductName())),
+      savepoints_(Savepoints::WithoutTheDrivers(connection_string)),
       counters_(std::move(counters)),
       shape_(DialectOf(server_)) {
   if (server_ == Server::PostgreSql) RequireStatementRollback(connection_string);
@@ -83,7 +94,14 @@ Result OdbcSession::Execute(std::string_view text, std::span<const Variant> para
   shape_.Read(text);
   if (IsAnswered(text)) return {};
   RequireLiveTransaction();
-  return Noting([&] { return RunStatement(text, parameters, most_rows); });
+  const SqlVerb verb = shape_.Verb();
+  return Noting([&] {
+    // What a transaction is to be like must be said before all else, savepoints included.
+    if (verb != SqlVerb::Set || savepoints_.Any()) BeforeStatement();
+    Result result = RunStatement(text, parameters, most_rows);
+    if (verb != SqlVerb::Select) savepoints_.AfterChange();
+    return result;
+  });
 }
 
 bool OdbcSession::IsAnswered(std::string_view text) const {
@@ -171,7 +189,10 @@ std::shared_ptr<const TableInfo> OdbcSession::Table(std::string_view name) {
 OdbcSession::TableRef OdbcSession::FindTable(std::string_view name) {
   const auto known = tables_.find(name);
   if (known != tables_.end()) return known->second;
-  TableRef table = Noting([&] { return ReadTable(name); });
+  TableRef table = Noting([&] {
+    BeforeStatement();
+    return ReadTable(name);
+  });
   if (table != nullptr) tables_.emplace(name, table);
   return table;
 }
@@ -199,6 +220,7 @@ void OdbcSession::Begin() {
   connection_.SetAutocommit(false);
   in_transaction_ = true;
   undone_ = failed_ = false;
+  savepoints_.Begin();
 }
 
 void OdbcSession::Commit() {

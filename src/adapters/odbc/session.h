@@ -12,6 +12,7 @@
 
 #include "adapters/odbc/connection.h"
 #include "adapters/odbc/dialect.h"
+#include "adapters/odbc/savepoints.h"
 #include "adapters/odbc/statement.h"
 #include "automation/date.h"
 #include "automation/text.h"
@@ -53,6 +54,8 @@ class OdbcSession final : public platform::database::Session {
   void RequireLiveTransaction() const;
   template <class Step>
   auto Noting(Step&& step);
+  void BeforeStatement();
+  [[nodiscard]] bool OutlivesFailure(platform::database::FaultKind kind);
   [[nodiscard]] bool IsAnswered(std::string_view text) const;
   [[nodiscard]] platform::database::Result RunStatement(std::string_view text,
                                                         std::span<const automation::Variant> parameters,
@@ -69,6 +72,7 @@ class OdbcSession final : public platform::database::Session {
   // The connection is closed last, when no statement is left that belongs to it.
   Connection connection_;
   Server server_;
+  Savepoints savepoints_;
   std::shared_ptr<Counters> counters_;
   platform::database::SqlShape shape_;
   platform::database::StatementCache<Statement> statements_;

@@ -4,6 +4,7 @@
 
 #include "adapters/odbc/dialect.h"
 #include "adapters/odbc/faults.h"
+#include "adapters/odbc/savepoints.h"
 #include "adapters/odbc/wide_text.h"
 #include "platform/database/driver.h"
 
@@ -15,6 +16,18 @@ using platform::database::Fault;
 using platform::database::FaultKind;
 using platform::database::kAllRows;
 using platform::database::SqlShape;
+
+TEST(OdbcSavepoints, AreTakenFromTheDriverOnlyWhereItIsKnownAndNothingElseIsAskedFor) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"Driver=PostgreSQL Unicode;Database=x", "Driver=PostgreSQL Unicode;Database=x;Protocol=7.4-0"},
+      {"driver={/usr/lib/odbc/psqlodbcw.so};", "driver={/usr/lib/odbc/psqlodbcw.so};Protocol=7.4-0"},
+      {"Driver=PostgreSQL ANSI;protocol=7.4-2", "Driver=PostgreSQL ANSI;protocol=7.4-2"},
+      {"DSN=PostgreSQL", "DSN=PostgreSQL"},
+      {"Driver=FreeTDS;Server=x", "Driver=FreeTDS;Server=x"},
+  };
+  for (const auto& [given, used] : rows)
+    EXPECT_EQ(Savepoints::WithoutTheDrivers(platform::database::ConnectionString(given)).Text(), used);
+}
 
 TEST(OdbcWideText, KeepsEveryLetter) {
   for (const std::string text :
