@@ -16,6 +16,9 @@ import threading
 import time
 
 PORT = 5432  # Names the socket; nobody listens on the network.
+# As the driver's package installs it, it leaves a log of every process in the folder for temporary files; it
+# heeds this setting only where drivers are listed, not in a connection string.
+DRIVERS = "[PostgreSQL Unicode]\nDriver = psqlodbcw.so\nCommLog = 0\n"
 
 
 def program(name):
@@ -54,6 +57,8 @@ class PostgreSql:
             os.chown(self.folder, ordinary_user().pw_uid, ordinary_user().pw_gid)
         self.settings = settings
         self.process = None
+        pathlib.Path(self.folder, "odbcinst.ini").write_text(DRIVERS, encoding="ascii")
+        os.environ["ODBCSYSINI"] = self.folder  # For the programs that the test starts.
         make = [program("initdb"), "-D", self.data(), "-U", "talvex", "-A", "trust", "-E", "UTF8",
                 "--locale=C", "--no-sync"]
         made = subprocess.run(as_ordinary_user(make), capture_output=True, encoding="utf-8",

@@ -1,15 +1,16 @@
 """Many writers on one tree of budgets, on a real PostgreSQL server."""
 
-import os
-import pathlib
-import subprocess
-import sys
+import unittest
 
 from _postgresql import PostgreSql
+from _test_program import passed
 
-TESTS = pathlib.Path(os.environ["TALVEX_PROGRAMS"]) / "talvex_server_tests"
 
-with PostgreSql(fsync="off", max_connections=64) as server:
-    ran = subprocess.run([TESTS, "--gtest_filter=ServerConcurrency.*"], check=False, timeout=1100,
-                         env={**os.environ, "TALVEX_TEST_STORE": server.connection_string()})
-sys.exit(ran.returncode)
+class Concurrency(unittest.TestCase):
+    def test_writers_neither_lose_a_posting_nor_overspend(self):
+        with PostgreSql(fsync="off", max_connections=64) as server:
+            self.assertEqual(passed(server.connection_string(), "Concurrency.*:Overspending.*"), 3)
+
+
+if __name__ == "__main__":
+    unittest.main()

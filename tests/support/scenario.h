@@ -14,13 +14,15 @@
 //   begin | end OUTCOME | rollback          a transaction around the commands between
 //   call CLASS METHOD argument ...          a late-bound call on a new object; arguments as in values.h
 //     -> VALUE                              its result,
-//     out NAME VALUE                        and what an argument holds afterwards
+//     out NAME VALUE                        and what an argument holds afterwards,
+//     has NAME VALUE                        or a property of the object
 //     -> error NUMBER                       or the error that it raises,
 //     source TEXT                           with that source,
 //     description TEXT                      and these lines of description (line ends as "\r\n" are shown as
 //     line breaks)
 //   rows QUERY                              the rows of a query, one a line, cells joined by " | "; no line
-//   for no row mails COUNT                             how many mails the outbox holds,
+//                                           for no row
+//   mails COUNT                             how many mails the outbox holds,
 //     TEXT                                  and the last one: To, Subject and the body's lines
 //   log COUNT                               how many entries the error log holds
 //   snapshot | unchanged                    remembers every row of every table | compares

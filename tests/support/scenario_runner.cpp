@@ -194,27 +194,28 @@ class Runner {
     const auto object = platform::Environment::Current().classes->Create(class_name);
     try {
       const Variant result = object->Invoke(method, arguments);
-      CompareAnswer(command, *object->Class().FindMethod(method), result, values);
+      EXPECT_EQ("-> " + Shown(result), command.expected[0]);
+      for (std::size_t i = 1; i < command.expected.size(); ++i)
+        EXPECT_EQ(LineAbout(command.expected[i], *object, method, values), command.expected[i]);
     } catch (const automation::Error& error) {
       CompareError(command, error.State());
     }
   }
 
-  // The result, and then each argument that is named: "out NAME VALUE".
-  static void CompareAnswer(const ScenarioCommand& command, const automation::Method& method,
-                            const Variant& result, const std::vector<Variant>& values) {
-    EXPECT_EQ("-> " + Shown(result), command.expected[0]);
-    for (std::size_t i = 1; i < command.expected.size(); ++i) {
-      std::istringstream line(command.expected[i]);
-      std::string out;
-      std::string name;
-      line >> out >> name;
-      std::size_t index = 0;
-      while (index < values.size() && method.parameters[index].name != name) ++index;
-      if (out != "out" || index == values.size())
-        throw std::runtime_error("no argument that could be: " + command.expected[i]);
-      EXPECT_EQ("out " + name + " " + Shown(values[index]), command.expected[i]);
-    }
+  // What should have been expected: "out NAME VALUE" of an argument, "has NAME VALUE" of a property.
+  static std::string LineAbout(const std::string& expected, automation::Object& object,
+                               const std::string& method, const std::vector<Variant>& values) {
+    std::istringstream line(expected);
+    std::string kind;
+    std::string name;
+    line >> kind >> name;
+    if (kind == "has") return "has " + name + " " + Shown(object.Get(name));
+    const auto& parameters = object.Class().FindMethod(method)->parameters;
+    std::size_t index = 0;
+    while (index < values.size() && parameters[index].name != name) ++index;
+    if (kind != "out" || index == values.size())
+      throw std::runtime_error("no argument that could be: " + expected);
+    return "out " + name + " " + Shown(values[index]);
   }
 
   static void CompareError(const ScenarioCommand& command, const automation::ErrorState& error) {

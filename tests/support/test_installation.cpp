@@ -45,6 +45,13 @@ Mail ReadMail(const fs::path& path) {
   return {fields[0], fields[1], fields[2], fields[3]};
 }
 
+std::shared_ptr<const platform::Environment> WithClock(const platform::Environment& environment,
+                                                       automation::Date now) {
+  auto changed = std::make_shared<platform::Environment>(environment);
+  changed->clock = std::make_shared<platform::FixedClock>(now);
+  return changed;
+}
+
 }  // namespace
 
 void OnOwnThread(const std::function<void()>& body) {
@@ -62,8 +69,16 @@ void OnOwnThread(const std::function<void()>& body) {
 
 TestInstallation::TestInstallation(bool with_sample, const std::string& now) {
   host::MakeInstallation({folder_.Path("site"), with_sample, store_.ConnectionText()});
-  host_ = std::make_unique<host::Host>(host::Settings{folder_.Path("site"), automation::Date::Parse(now)});
-  environment_ = std::make_unique<platform::Environment::ForThread>(host_->Environment());
+  const auto moment = automation::Date::Parse(now);
+  if (!TestStore::HasClockOfItsOwn()) {
+    host_ = std::make_unique<host::Host>(host::Settings{folder_.Path("site"), moment});
+    environment_ = std::make_unique<platform::Environment::ForThread>(host_->Environment());
+    return;
+  }
+  store_.SetClock(moment.value());
+  host_ = std::make_unique<host::Host>(host::Settings{folder_.Path("site"), std::nullopt});
+  environment_ =
+      std::make_unique<platform::Environment::ForThread>(WithClock(*host_->Environment(), moment.value()));
 }
 
 void TestInstallation::Sql(const std::string& statement) const {

@@ -6,7 +6,8 @@
 #include <cstdlib>
 #include <stdexcept>
 
-#include "adapters/odbc/driver.h"
+#include "adapters/odbc/connection.h"
+#include "adapters/odbc/dialect.h"
 #include "host/installer.h"
 #include "support/temporary_folder.h"
 
@@ -14,6 +15,7 @@ namespace talvex::test {
 
 namespace {
 
+using adapters::odbc::Server;
 using platform::database::ConnectionString;
 using platform::database::Fault;
 
@@ -21,6 +23,17 @@ std::string ServerText() {
   const char* const text = std::getenv("TALVEX_TEST_STORE");  // NOLINT(concurrency-mt-unsafe)
   return text == nullptr ? "" : text;
 }
+
+adapters::odbc::Connection Connected(const std::string& connection_text) {
+  return {std::make_shared<adapters::odbc::Environment>(), ConnectionString(connection_text)};
+}
+
+Server KindOfServer() {
+  static const Server kind = adapters::odbc::ServerOf(Connected(ServerText()).ProductName());
+  return kind;
+}
+
+bool IsSqlServer() { return !TestStore::IsEmbedded() && KindOfServer() == Server::SqlServer; }
 
 // The server's connection string with another database.
 std::string TextFor(const std::string& database) {
@@ -32,11 +45,9 @@ std::string TextFor(const std::string& database) {
   return text.replace(place, own.size(), "Database=" + database);
 }
 
-void RunOnServer(const std::string& statement) {
+void RunOn(const std::string& connection_text, const std::string& statement) {
   try {
-    adapters::odbc::OdbcDriver driver;
-    const auto session = driver.Open(ConnectionString(ServerText()));
-    session->Execute(statement, {}, platform::database::kAllRows);
+    Connected(connection_text).Run(statement);
   } catch (const Fault& fault) {
     throw std::runtime_error(statement + ": " + fault.what());
   }
@@ -46,12 +57,17 @@ void RunOnServer(const std::string& statement) {
 const std::string& Template() {
   static const std::string name = [] {
     const std::string fresh = "talvex_template_" + std::to_string(::getpid());
-    RunOnServer("CREATE DATABASE " + fresh);
+    RunOn(ServerText(), "CREATE DATABASE " + fresh);
     const TemporaryFolder folder;
     host::MakeInstallation({folder.Path("site"), false, TextFor(fresh)});
     return fresh;
   }();
   return name;
+}
+
+std::string CopyStatement(const std::string& source, const std::string& target) {
+  if (IsSqlServer()) return "EXEC test_copy_database @source = '" + source + "', @target = '" + target + "'";
+  return "CREATE DATABASE " + target + " TEMPLATE " + source + " STRATEGY FILE_COPY";
 }
 
 }  // namespace
@@ -62,21 +78,28 @@ TestStore::TestStore() {
   static std::atomic<int> next = 0;
   if (IsEmbedded()) return;
   name_ = "talvex_test_" + std::to_string(::getpid()) + "_" + std::to_string(next++);
-  RunOnServer("CREATE DATABASE " + name_ + " TEMPLATE " + Template() + " STRATEGY FILE_COPY");
+  RunOn(ServerText(), CopyStatement(Template(), name_));
   connection_string_ = TextFor(name_);
 }
 
 TestStore::~TestStore() {
   if (name_.empty()) return;
   try {
-    RunOnServer("DROP DATABASE " + name_ + " WITH (FORCE)");
+    RunOn(ServerText(), "DROP DATABASE " + name_ + (IsSqlServer() ? "" : " WITH (FORCE)"));
   } catch (const std::exception&) {
     return;  // The whole server is thrown away after the tests.
   }
 }
 
+bool TestStore::HasClockOfItsOwn() { return IsSqlServer(); }
+
+void TestStore::SetClock(automation::Date now) const {
+  RunOn(connection_string_, "EXEC test_set_clock @now = '" + now.ToIso() + "'");
+}
+
 std::string TestStore::TablesQuery() {
   if (IsEmbedded()) return "SELECT name FROM sqlite_master WHERE type='table' ORDER BY name";
+  if (IsSqlServer()) return "SELECT name FROM sys.tables ORDER BY name";
   return "SELECT relname FROM pg_class WHERE relkind='r' AND relnamespace='public'::regnamespace "
          "ORDER BY relname";
 }

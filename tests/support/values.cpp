@@ -9,6 +9,7 @@
 #include "automation/conversions.h"
 #include "automation/dictionary.h"
 #include "automation/text.h"
+#include "platform/environment.h"
 #include "platform/xml/xml_document.h"
 
 namespace talvex::test {
@@ -64,7 +65,9 @@ class Reader {
       Entries([&](const std::string& key, const Variant& item) { collection->Add(item, key); });
       return collection;
     }
-    return Named(Word(" ,]}"));
+    const std::string word = Word(" ,]}{");
+    if (at_ < text_.size() && text_[at_] == '{') return NewObject(word);
+    return Named(word);
   }
 
   // Up to the next blank; runs in quotes may contain some.
@@ -103,6 +106,14 @@ class Reader {
   }
 
  private:
+  // What stands behind the name of its class are its properties.
+  automation::ObjectRef NewObject(const std::string& class_name) {
+    const auto object = platform::Environment::Current().classes->Create(class_name);
+    Want("{");
+    Entries([&](const std::string& property, const Variant& value) { object->Set(property, value); });
+    return object;
+  }
+
   bool Skip(std::string_view word) {
     if (AtEnd() || text_.compare(at_, word.size(), word) != 0) return false;
     at_ += word.size();
@@ -156,7 +167,11 @@ std::string ShownObject(const Variant& value) {
     for (const auto& entry : collection->Entries()) add(entry.key.value_or(""), entry.item);
     return "{" + items + "}";
   }
-  return "<Object>";
+  const automation::ObjectRef object = value.As<automation::ObjectRef>();
+  if (!object->Class().Methods().empty()) return "<Object>";
+  for (const automation::Property& property : object->Class().Properties())
+    add(property.name, object->Get(property.name));
+  return object->Class().Name() + "{" + items + "}";
 }
 
 std::string OnOneLine(const std::string& text) {

@@ -6,6 +6,7 @@ import threading
 
 import _faults
 import _functions
+import _moments
 import _tables
 
 NAME = "talvex"
@@ -15,8 +16,13 @@ class Databases:
     def __init__(self, path):
         self.folder = os.path.dirname(os.path.abspath(path))
         self.paths = {NAME: path}
+        self.copies = 0
+        self.clocks = {}  # The moments at which the clocks of some databases stand still.
         self.lock = threading.Lock()
         prepare(path)
+
+    def now(self, name):
+        return self.clocks.get(name) or _moments.now()
 
     def find(self, name):
         """(the name, the file) of a database; the first for an empty name, None for one that is not there."""
@@ -45,6 +51,8 @@ class Databases:
         reader.backup(writer)
         reader.close()
         writer.close()
+        with self.lock:
+            self.copies += 1
 
     def drop(self, name):
         found = self.find(name)
@@ -52,6 +60,7 @@ class Databases:
             raise _faults.cannot_drop("database", name)
         with self.lock:
             del self.paths[found[0]]
+            self.clocks.pop(found[0], None)
         for ending in ("", "-wal", "-shm"):
             if os.path.exists(found[1] + ending):
                 os.remove(found[1] + ending)

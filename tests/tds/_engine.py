@@ -31,9 +31,10 @@ class Engine:
     def __init__(self, server, database, number, wait):
         """`database` is (the name, the file)."""
         self.databases, self.knobs, self.number, self.wait = server.databases, server.knobs, number, wait
+        self.texts = server.texts
         self.call = None  # Runs an EXEC; whoever has the procedures sets it.
         _faults.session.database, path = database
-        self.connection = sqlite3.connect(path, isolation_level=None, timeout=0, cached_statements=256)
+        self.connection = sqlite3.connect(path, isolation_level=None, timeout=5, cached_statements=256)
         self.fault = None
         self.schema_version, self.known_shapes = None, {}
         self.identity = None
@@ -46,6 +47,9 @@ class Engine:
         _functions.register(self.connection, self)
         self.connection.execute("PRAGMA foreign_keys = ON")
         self.connection.execute("PRAGMA synchronous = OFF")
+        # Until here somebody who closes the database may have been in the way; from now on, waiting for locks
+        # is the matter of the transactions.
+        self.connection.execute("PRAGMA busy_timeout = 0")
 
     def close(self):
         self.connection.close()
@@ -60,6 +64,9 @@ class Engine:
         if name == "SPID":
             return self.number
         return self.counts.get(name, RESERVED_NAMES.get(name))
+
+    def now(self):
+        return self.databases.now(_faults.database())
 
     def next_value(self, name):
         row = self.connection.execute("UPDATE tds_sequence SET next = next + step WHERE name = ? "
@@ -94,8 +101,10 @@ class Engine:
         try:
             statements = _lexer.statements_of(text)
         except Fault as fault:
+            self.texts.note_refused(text)
             yield fault
             return
+        self.texts.note(text)
         yield from self.run_all(statements, text, parameters or {})
 
     def run_all(self, statements, text, parameters):

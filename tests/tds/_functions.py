@@ -1,6 +1,5 @@
 """What the server's language has and SQLite has not: functions, and how texts and dates compare."""
 
-import datetime
 import re
 
 import _column_types
@@ -53,11 +52,6 @@ def like(pattern, text, escape=None):
             pieces.append({"%": ".*", "_": "."}.get(letter) or re.escape(letter))
         at += 1
     return 1 if re.fullmatch("".join(pieces), str(text), re.IGNORECASE | re.DOTALL) else 0
-
-
-def now():
-    text = datetime.datetime.now().isoformat(timespec="milliseconds")
-    return _moments.text_of(_moments.parse(text))
 
 
 def units(text):
@@ -134,7 +128,7 @@ def register(connection, engine):
     for name, (count, function) in fixed.items():
         connection.create_function(name, count, guarded(function), deterministic=True)
     connection.create_function("like", 3, like, deterministic=True)
-    moving = {"tds_now": (0, now), "tds_identity": (0, lambda: engine.identity),
+    moving = {"tds_now": (0, engine.now), "tds_identity": (0, lambda: engine.identity),
               "tds_global": (1, engine.global_value), "tds_next": (1, engine.next_value),
               "tds_object_id": (-1, engine.object_id), "tds_column_property": (3, engine.column_property),
               "tds_db_name": (0, database), "tds_schema_name": (0, lambda: "dbo"),

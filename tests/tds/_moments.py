@@ -40,6 +40,11 @@ def text_of(moment):
     return f"{text}.{fraction:07}".rstrip("0") if fraction else text
 
 
+def now():
+    """The text of the machine's moment, to the millisecond."""
+    return text_of(parse(datetime.datetime.now().isoformat(timespec="milliseconds")))
+
+
 def ticks_of(moment):
     """(days since 1900, 300ths of a second) of a moment, rounded as DATETIME does."""
     days, rest = divmod(moment, DAY)

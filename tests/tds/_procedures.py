@@ -41,7 +41,7 @@ class Procedures:
             "sp_columns": self.columns, "sp_columns_100": self.columns, "sp_pkeys": self.keys,
             "sp_tables": self.tables, "test_fail": self.fault("fail"), "test_delay": self.fault("delay"),
             "test_drop": self.fault("drop"), "test_drop_late": self.fault("drop_late"),
-            "test_clear": self.clear, "test_copy_database": self.copy,
+            "test_clear": self.clear, "test_copy_database": self.copy, "test_set_clock": self.set_clock,
         }
 
     def call(self, name, arguments):
@@ -142,6 +142,11 @@ class Procedures:
 
     def copy(self, arguments):
         self.engine.databases.copy(given(arguments, "source"), given(arguments, "target", 1))
+        yield Counted("EXEC", None)
+
+    def set_clock(self, arguments):
+        """GETDATE() of the session's database says this from now on."""
+        self.engine.databases.clocks[_faults.database()] = given(arguments, "now")
         yield Counted("EXEC", None)
 
     def clear(self, _arguments):

@@ -17,7 +17,12 @@ running CREATE TABLE through the wire. Faults are asked for by any client:
     EXEC test_drop_late @containing = 'COMMIT'  (it is lost after the statement ran, before the answer)
     EXEC test_clear
 
-They hold for the statements of all sessions; see _knobs.py.
+They hold for the statements of all sessions; see _knobs.py. And in a database of its own, a test may let the
+clock stand still:
+
+    EXEC test_set_clock @now = '2026-03-16T10:00:00'
+
+Every text that clients sent is noted; see _texts.py.
 """
 
 import argparse
@@ -31,6 +36,7 @@ import threading
 from _databases import Databases
 from _knobs import Knobs
 from _session import Session
+from _texts import Texts
 
 USER, PASSWORD = "talvex", "Talvex-Test-1"
 
@@ -42,6 +48,7 @@ class Server:
         self.user, self.password, self.lock_wait = user, password, lock_wait
         self.databases = Databases(path)
         self.knobs = Knobs()
+        self.texts = Texts()
         self.numbers = itertools.count(51)
         self.clients = set()
         self.lock = threading.Lock()

@@ -1,20 +1,19 @@
 // Many writers on one tree of budgets.
 
+#include <gtest/gtest.h>
+
 #include <array>
 #include <atomic>
-#include <cmath>
 #include <cstdio>
 #include <random>
 #include <thread>
 
-#include "automation/conversions.h"
 #include "ledger/budget_t.h"
-#include "platform/database/recordset.h"
 #include "platform/environment.h"
-#include "servers/odbc_world.h"
-#include "support/test_installation.h"
+#include "stores/budget_tree.h"
 
-namespace talvex::odbc_test {
+namespace talvex::test {
+
 namespace {
 
 constexpr int kWriters = 8;
@@ -31,22 +30,15 @@ struct Tally {
 std::string Leaf(int number) { return "LEAF" + std::to_string(number); }
 
 // TOP above two groups, four leaves below each.
-void MakeTree(const test::TestInstallation& site) {
-  site.Sql("INSERT INTO CURRENCY (CURRENCYCODE, DECIMALS) VALUES ('EUR', 2)");
-  const auto add = [&](const std::string& code, const std::string& parent) {
-    site.Sql("INSERT INTO BUDGET (BUDGETCODE, BUDGETTYPE, CURRENCYCODE) VALUES ('" + code + "', 1, 'EUR')");
-    site.Sql("INSERT INTO BUDGETLINES (BUDGETCODE, STARTDATE, ENDDATE, BUDGETAMNT) VALUES ('" + code +
-             "', '2026-01-01T00:00:00', '2026-12-31T00:00:00', 1000000)");
-    if (!parent.empty()) site.Sql("INSERT INTO BUDGETRELATIONS VALUES ('" + parent + "', '" + code + "')");
-  };
-  add("TOP", "");
-  add("GROUP0", "TOP");
-  add("GROUP1", "TOP");
-  for (int i = 0; i < kWriters; ++i) add(Leaf(i), "GROUP" + std::to_string(i / 4));
+void MakeTree(const TestInstallation& site) {
+  AddBudget(site, "TOP", "", 1000000);
+  AddBudget(site, "GROUP0", "TOP", 1000000);
+  AddBudget(site, "GROUP1", "TOP", 1000000);
+  for (int i = 0; i < kWriters; ++i) AddBudget(site, Leaf(i), "GROUP" + std::to_string(i / 4), 1000000);
 }
 
 // Posts to any of the leaves, so that writers meet on every level.
-void Write(const test::TestInstallation& site, unsigned seed, Tally& tally) {
+void Write(const TestInstallation& site, unsigned seed, Tally& tally) {
   const platform::Environment::ForThread environment(site.Host().Environment());
   std::mt19937 random(seed);
   const automation::Date date = automation::Date::Civil(2026, 3, 15);
@@ -66,19 +58,8 @@ void Write(const test::TestInstallation& site, unsigned seed, Tally& tally) {
   }
 }
 
-std::int64_t CentsOf(const test::TestInstallation& site, const std::string& code) {
-  const auto row = site.Host().Connect()->Execute(
-      "SELECT USEDAPPROVEDAMNT FROM BUDGETLINES WHERE BUDGETCODE='" + code + "'", nullptr, std::nullopt);
-  return std::llround(automation::ToDouble(row->Value(0U)) * 100);
-}
-
-class ServerConcurrency : public testing::Test {
- protected:
-  void SetUp() override { ASSERT_FALSE(test::TestStore::IsEmbedded()) << "TALVEX_TEST_STORE is not set"; }
-};
-
-TEST_F(ServerConcurrency, PostingsOfEightWritersAddUpToTheLastCent) {
-  const test::TestInstallation site;
+TEST(Concurrency, PostingsOfEightWritersAddUpToTheLastCent) {
+  const TestInstallation site;
   MakeTree(site);
   Tally tally;
   std::vector<std::thread> writers;
@@ -89,15 +70,16 @@ TEST_F(ServerConcurrency, PostingsOfEightWritersAddUpToTheLastCent) {
   for (int i = 0; i < kWriters; ++i) {
     const std::int64_t cents = tally.cents[static_cast<std::size_t>(i)];
     groups[static_cast<std::size_t>(i / 4)] += cents;
-    EXPECT_EQ(CentsOf(site, Leaf(i)), cents) << Leaf(i);
+    EXPECT_EQ(UsedCents(site, Leaf(i)), cents) << Leaf(i);
   }
-  EXPECT_EQ(CentsOf(site, "GROUP0"), groups[0]);
-  EXPECT_EQ(CentsOf(site, "GROUP1"), groups[1]);
-  EXPECT_EQ(CentsOf(site, "TOP"), groups[0] + groups[1]);
+  EXPECT_EQ(UsedCents(site, "GROUP0"), groups[0]);
+  EXPECT_EQ(UsedCents(site, "GROUP1"), groups[1]);
+  EXPECT_EQ(UsedCents(site, "TOP"), groups[0] + groups[1]);
   EXPECT_EQ(tally.acknowledged, kWriters * kPostings);
   std::printf("%d postings, %d attempts, so %d met a conflict and were run again\n",
               tally.acknowledged.load(), tally.attempts.load(), tally.attempts.load() - kWriters * kPostings);
 }
 
 }  // namespace
-}  // namespace talvex::odbc_test
+
+}  // namespace talvex::test
