@@ -7,7 +7,8 @@
 // clang-format on
 
 #include <algorithm>
-#include <cstdint>
+#include <cstddef>
+#include <numeric>
 #include <utility>
 #include <vector>
 
@@ -20,26 +21,31 @@ namespace {
 
 using nlohmann::json;
 
-// A cell with its place as one number, so that sorting need not look at the cells themselves.
-struct Placed {
-  std::int64_t place;
-  const GnmCell* cell;
-};
-
-// The sheet's cells in their order, which the library's hash table does not keep.
-std::vector<Placed> OrderedCells(const Sheet* sheet, bool only_formulas) {
-  std::vector<Placed> cells;
-  cells.reserve(sheet_cells_count(sheet));
+// The sheet's cells in their order, which the library's hash table does not keep. They are counted by rows
+// first, which is several times as quick as comparing all with one another.
+std::vector<const GnmCell*> OrderedCells(const Sheet* sheet, bool only_formulas) {
+  std::vector<const GnmCell*> found;
+  found.reserve(sheet_cells_count(sheet));
   sheet_cell_foreach(
       sheet,
-      [](gpointer /*key*/, gpointer item, gpointer list) {
-        const auto* cell = static_cast<const GnmCell*>(item);
-        const std::int64_t place = std::int64_t{cell->pos.row} * GNM_MAX_COLS + cell->pos.col;
-        static_cast<std::vector<Placed>*>(list)->push_back({place, cell});
+      [](gpointer /*key*/, gpointer cell, gpointer list) {
+        static_cast<std::vector<const GnmCell*>*>(list)->push_back(static_cast<const GnmCell*>(cell));
       },
-      &cells);
-  if (only_formulas) std::erase_if(cells, [](const Placed& one) { return one.cell->base.texpr == nullptr; });
-  std::sort(cells.begin(), cells.end(), [](const Placed& a, const Placed& b) { return a.place < b.place; });
+      &found);
+  if (only_formulas) std::erase_if(found, [](const GnmCell* cell) { return cell->base.texpr == nullptr; });
+  const auto row_of = [](const GnmCell* cell) { return static_cast<std::size_t>(cell->pos.row); };
+  std::size_t rows = 0;
+  for (const GnmCell* cell : found) rows = std::max(rows, row_of(cell) + 1);
+  std::vector<std::size_t> next(rows + 1);  // Where the next cell of a row goes.
+  for (const GnmCell* cell : found) ++next[row_of(cell) + 1];
+  std::partial_sum(next.begin(), next.end(), next.begin());
+  std::vector<const GnmCell*> cells(found.size());
+  for (const GnmCell* cell : found) cells[next[row_of(cell)]++] = cell;
+  const auto by_column = [](const GnmCell* a, const GnmCell* b) { return a->pos.col < b->pos.col; };
+  for (std::size_t row = 0, start = 0; row < rows; start = next[row++]) {
+    std::sort(cells.begin() + static_cast<std::ptrdiff_t>(start),
+              cells.begin() + static_cast<std::ptrdiff_t>(next[row]), by_column);
+  }
   return cells;
 }
 
@@ -65,8 +71,8 @@ json ReadSheets(const Workbook* book, bool only_formulas) {
   for (int index = 0; index < workbook_sheet_count(book); ++index) {
     const Sheet* sheet = workbook_sheet_by_index(book, index);
     message::CellWriter cells;
-    for (const auto& [place, cell] : OrderedCells(sheet, only_formulas)) {
-      if (auto read = ReadCell(cell)) cells.Add(std::move(*read));
+    for (const GnmCell* cell : OrderedCells(sheet, only_formulas)) {
+      if (const auto read = ReadCell(cell)) cells.Add(*read);
     }
     sheets.push_back({{"name", ValidText(sheet->name_unquoted)}, {"cells", cells.Take()}});
   }

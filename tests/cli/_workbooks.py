@@ -61,12 +61,22 @@ def told(path):
     return answer
 
 
+def packed_texts(data):
+    texts, at = [], 0
+    while at < len(data):
+        size, = struct.unpack_from("=I", data, at)
+        texts.append(data[at + 4:at + 4 + size].decode("utf-8"))
+        at += 4 + size
+    assert at == len(data), "a text is cut off"
+    return texts
+
+
 def cells(sheet):
     """{(row, column): value} of a sheet as it is told, dates as datetimes, and {(row, column): formula}."""
     columns = sheet["cells"]
     places = [(place // 256 + 1, place % 256 + 1) for place, in struct.iter_unpack("=I", columns["at"])]
     numbers = (number for number, in struct.iter_unpack("=d", columns["numbers"]))
-    texts = iter(columns["texts"])
+    texts = iter(packed_texts(columns["texts"]))
     of_kind = {0: lambda: None, 1: lambda: next(numbers) == 1, 2: lambda: next(numbers),
                3: lambda: EPOCH + datetime.timedelta(seconds=next(numbers)), 4: lambda: next(texts)}
     values, formulas = {}, {}

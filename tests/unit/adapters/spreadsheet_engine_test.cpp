@@ -71,6 +71,15 @@ class SheetEngineTest : public ::testing::Test {
     std::memcpy(bytes.data(), values.data(), bytes.size());
     return json::binary(std::move(bytes));
   }
+  static json PackedTexts(const std::vector<std::string>& texts) {
+    std::vector<std::uint8_t> bytes;
+    for (const std::string& text : texts) {
+      for (const std::size_t byte : {text.size(), std::size_t{0}, std::size_t{0}, std::size_t{0}})
+        bytes.push_back(static_cast<std::uint8_t>(byte));
+      bytes.insert(bytes.end(), text.begin(), text.end());
+    }
+    return json::binary(std::move(bytes));
+  }
   static json Content(json cells) {
     return {
         {"sheets", json::array({{{"name", "Ünï"}, {"cells", std::move(cells)}}})},
@@ -128,7 +137,7 @@ TEST_F(SheetEngineTest, TellsTheProgramWhatToDo) {
          {{"at", Packed<std::uint32_t>({2 * 256 + 3})},
           {"kinds", Packed<std::uint8_t>({3})},
           {"numbers", Packed<double>({kDay})},
-          {"texts", json::array()}}}},
+          {"texts", json::binary({})}}}},
        {{"edit", "add"}, {"name", "New"}},
        {{"edit", "rename"}, {"sheet", "S"}, {"name", "T"}},
        {{"edit", "insert"}, {"sheet", "T"}, {"row", 5}, {"count", 2}},
@@ -213,10 +222,12 @@ TEST_F(SheetEngineTest, BrokenMessagesAreOrdinaryErrors) {
       with("numbers", Packed<double>({1.5, 0, 1, 2})),
       with("numbers", Packed<double>({1.5, std::numeric_limits<double>::quiet_NaN(), 1})),
       with("numbers", Packed<double>({1.5, 1e300, 1})),
-      with("texts", {"a", "=1"}),
-      with("texts", {"a", "=1", "=2", "b"}),
-      with("texts", {"a", 1, "=2"}),
-      with("texts", "a"),
+      with("texts", PackedTexts({"a", "=1"})),
+      with("texts", PackedTexts({"a", "=1", "=2", "b"})),
+      with("texts", PackedTexts({"a", "=1", "\xff"})),
+      with("texts", json::binary({1, 0, 0, 0, 'a', 1, 0, 0})),
+      with("texts", json::binary({1, 0, 0, 0, 'a', 255, 255, 255, 255, 'b'})),
+      with("texts", {"a", "=1", "=2"}),
       Content("none"),
   };
   for (const auto& row : rows) {

@@ -28,40 +28,38 @@ void Append(std::vector<std::uint8_t>& bytes, T value) {
   bytes.insert(bytes.end(), raw.begin(), raw.end());
 }
 
+void AppendText(std::vector<std::uint8_t>& bytes, const std::string& text) {
+  Append(bytes, static_cast<std::uint32_t>(text.size()));
+  bytes.insert(bytes.end(), text.begin(), text.end());
+}
+
 // Takes the values of a packed column one after the other.
-template <class T>
 class Column {
  public:
-  Column(const json& cells, const char* name) : bytes_(cells.at(name).get_binary()) {
-    if (bytes_.size() % sizeof(T) != 0) Broken("a column that ends within a value");
-  }
-  [[nodiscard]] std::size_t Count() const { return bytes_.size() / sizeof(T); }
+  Column(const json& cells, const char* name) : bytes_(cells.at(name).get_binary()) {}
   [[nodiscard]] bool AtEnd() const { return at_ == bytes_.size(); }
+
+  template <class T>
   T Next() {
-    if (AtEnd()) Broken("a column that is too short");
     T value;
-    std::memcpy(&value, bytes_.data() + at_, sizeof(T));
-    at_ += sizeof(T);
+    std::memcpy(&value, Take(sizeof(T)), sizeof(T));
     return value;
   }
-
- private:
-  const json::binary_t& bytes_;
-  std::size_t at_ = 0;
-};
-
-class Texts {
- public:
-  explicit Texts(const json& texts) : texts_(texts.get_ref<const json::array_t&>()), at_(texts_.begin()) {}
-  [[nodiscard]] bool AtEnd() const { return at_ == texts_.end(); }
-  const std::string& Next() {
-    if (AtEnd()) Broken("too few texts");
-    return (at_++)->get_ref<const std::string&>();
+  std::string NextText() {
+    const auto size = Next<std::uint32_t>();
+    const std::uint8_t* const text = Take(size);
+    return {text, text + size};
   }
 
  private:
-  const json::array_t& texts_;
-  json::array_t::const_iterator at_;
+  const std::uint8_t* Take(std::size_t count) {
+    if (bytes_.size() - at_ < count) Broken("a column that is too short");
+    at_ += count;
+    return bytes_.data() + (at_ - count);
+  }
+
+  const json::binary_t& bytes_;
+  std::size_t at_ = 0;
 };
 
 Moment MomentOf(double seconds) {
@@ -69,18 +67,18 @@ Moment MomentOf(double seconds) {
   return {static_cast<std::int64_t>(seconds)};
 }
 
-Value ReadOne(std::uint8_t kind, Column<double>& numbers, Texts& texts) {
+Value ReadOne(std::uint8_t kind, Column& numbers, Column& texts) {
   switch (kind) {
     case 0:
       return std::monostate{};
     case 1:
-      return numbers.Next() != 0;
+      return numbers.Next<double>() != 0;
     case 2:
-      return numbers.Next();
+      return numbers.Next<double>();
     case 3:
-      return MomentOf(numbers.Next());
+      return MomentOf(numbers.Next<double>());
     case 4:
-      return texts.Next();
+      return texts.NextText();
     default:
       Broken("a value of an unknown type");
   }
@@ -88,7 +86,7 @@ Value ReadOne(std::uint8_t kind, Column<double>& numbers, Texts& texts) {
 
 }  // namespace
 
-void CellWriter::Add(Cell cell) {
+void CellWriter::Add(const Cell& cell) {
   Append(at_, static_cast<std::uint32_t>((cell.row - 1) * kColumns + (cell.column - 1)));
   const auto kind = static_cast<std::uint8_t>(cell.value.index());
   kinds_.push_back(cell.formula.empty() ? kind : static_cast<std::uint8_t>(kind | kHasFormula));
@@ -97,37 +95,36 @@ void CellWriter::Add(Cell cell) {
   if (const auto* date = std::get_if<Moment>(&cell.value)) {
     Append(numbers_, static_cast<double>(date->seconds));
   }
-  if (auto* text = std::get_if<std::string>(&cell.value)) texts_.emplace_back(std::move(*text));
-  if (!cell.formula.empty()) texts_.emplace_back(std::move(cell.formula));
+  if (const auto* text = std::get_if<std::string>(&cell.value)) AppendText(texts_, *text);
+  if (!cell.formula.empty()) AppendText(texts_, cell.formula);
 }
 
 json CellWriter::Take() {
   return {{"at", json::binary(std::move(at_))},
           {"kinds", json::binary(std::move(kinds_))},
           {"numbers", json::binary(std::move(numbers_))},
-          {"texts", std::move(texts_)}};
+          {"texts", json::binary(std::move(texts_))}};
 }
 
 void ReadCells(const json& cells, const std::function<void(Cell&&)>& each) {
-  Column<std::uint32_t> places(cells, "at");
-  Column<std::uint8_t> kinds(cells, "kinds");
-  Column<double> numbers(cells, "numbers");
-  Texts texts(cells.at("texts"));
-  if (kinds.Count() != places.Count()) Broken("columns of different lengths");
+  Column places(cells, "at");
+  Column kinds(cells, "kinds");
+  Column numbers(cells, "numbers");
+  Column texts(cells, "texts");
   std::int64_t before = -1;
   while (!places.AtEnd()) {
-    const std::uint32_t place = places.Next();
+    const auto place = places.Next<std::uint32_t>();
     if (place <= before || place >= std::int64_t{kRows} * kColumns) Broken("a cell where none can be");
     before = place;
-    const std::uint8_t kind = kinds.Next();
+    const auto kind = kinds.Next<std::uint8_t>();
     Cell cell{static_cast<std::int32_t>(place / kColumns) + 1,
               static_cast<std::int32_t>(place % kColumns) + 1,
               ReadOne(kind & ~kHasFormula, numbers, texts),
               {}};
-    if ((kind & kHasFormula) != 0) cell.formula = texts.Next();
+    if ((kind & kHasFormula) != 0) cell.formula = texts.NextText();
     each(std::move(cell));
   }
-  if (!numbers.AtEnd() || !texts.AtEnd()) Broken("more values than cells");
+  if (!kinds.AtEnd() || !numbers.AtEnd() || !texts.AtEnd()) Broken("more values than cells");
 }
 
 json WriteValue(const Value& value) {

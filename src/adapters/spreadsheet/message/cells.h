@@ -5,7 +5,9 @@
 //   "at"       bytes: of every cell (row - 1) * 256 + (column - 1) in four bytes, rising
 //   "kinds"    bytes: of every cell the index of its value's type in Value; plus kHasFormula with a formula
 //   "numbers"  bytes: a double for every Boolean (0 or 1), number and date (seconds since 1 January 1970)
-//   "texts"    array: of every cell its text, if it has one, and then its formula with the "=", if it has one
+//   "texts"    bytes: of every cell its text, if it has one, and then its formula with the "=", if it has
+//   one;
+//              before each its length in four bytes
 #pragma once
 
 #include <cstdint>
@@ -38,14 +40,13 @@ struct Cell {
 class CellWriter {
  public:
   // Cells come row by row, and within a row column by column.
-  void Add(Cell cell);
+  void Add(const Cell& cell);
   [[nodiscard]] nlohmann::json Take();
 
  private:
   using Bytes = std::vector<std::uint8_t>;
 
-  Bytes at_, kinds_, numbers_;
-  nlohmann::json::array_t texts_;
+  Bytes at_, kinds_, numbers_, texts_;
 };
 
 // Calls `each` for every cell, in their order. Raises std::runtime_error, or what the library raises, for a
