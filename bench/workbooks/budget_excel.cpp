@@ -5,6 +5,8 @@
 //   talvex_workbook_budget_excel write TEMPLATE TARGET MARKUP  fills the rows from marked-up XML and saves
 //   them
 
+#include <malloc.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -72,6 +74,7 @@ std::string Write(const char* template_path, const char* target, const char* mar
 }  // namespace
 
 int main(int count, char** words) {
+  mallopt(M_MXFAST, 0);  // As the program talvex does.
   const std::string_view work = count > 1 ? words[1] : "";
   SetUp();
   std::string error = "The source says how to call this program";

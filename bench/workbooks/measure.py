@@ -2,7 +2,7 @@
 """Measures reading and writing .xls workbooks, 10 cells a row, against the bare library in one process.
 
 Whole processes, those they start included: processor time, the median of several runs in turn, and the most
-memory of all of them together. Beside them, for orientation, run xlrd, xlwt and, when npm is there to install
+memory, that of all processes added. Beside them, for orientation, run xlrd, xlwt and, when npm is there to install
 it, the package xlsx. Run it on a release build: bench/workbooks/measure.py build/release/bin
 """
 
@@ -13,45 +13,16 @@ import statistics
 import subprocess
 import sys
 import tempfile
-import time
 
 import xlwt
 
 HERE = pathlib.Path(__file__).resolve().parent
+sys.path.append(str(HERE.parent))
+from processes import run  # noqa: E402
+
 OURS = "Talvex.BudgetExcel"
 RUNS = {10000: 7, 60000: 3}
 MOST_TIMES, MOST_MEGABYTES = 2.0, 300
-
-
-def memory_of(root):
-    """Kilobytes that a process and those below it have in memory now."""
-    total, waiting = 0, [root]
-    while waiting:
-        process = waiting.pop()
-        try:
-            with open(f"/proc/{process}/statm", encoding="ascii") as file:
-                total += int(file.read().split()[1]) * os.sysconf("SC_PAGE_SIZE") // 1024
-            with open(f"/proc/{process}/task/{process}/children", encoding="ascii") as file:
-                waiting += file.read().split()
-        except (FileNotFoundError, ProcessLookupError):
-            pass
-    return total
-
-
-def run(arguments, output=None):
-    """(processor seconds, largest kilobytes) of a program and what it starts."""
-    actions = []
-    if output is not None:
-        actions = [(os.POSIX_SPAWN_OPEN, 1, output, os.O_WRONLY | os.O_CREAT | os.O_TRUNC, 0o600)]
-    process = os.posix_spawn(arguments[0], arguments, os.environ, file_actions=actions)
-    largest, ended = 0, 0
-    while not ended:
-        largest = max(largest, memory_of(process))
-        time.sleep(0.001)
-        ended, status, usage = os.wait4(process, os.WNOHANG)
-    if status:
-        sys.exit(f"{' '.join(arguments)} failed")
-    return usage.ru_utime + usage.ru_stime, largest
 
 
 def make_workbook(path, rows):
@@ -87,7 +58,7 @@ def medians(commands, runs, target):
     for _ in range(runs):
         for name, command in commands.items():
             pathlib.Path(target).unlink(missing_ok=True)
-            seconds, kilobytes = run(command, os.devnull)
+            seconds, kilobytes = run(command)
             times[name].append(seconds)
             largest[name] = max(largest[name], kilobytes)
     return {name: (statistics.median(times[name]), largest[name]) for name in commands}
@@ -114,7 +85,8 @@ def main(programs):
         make_workbook(template, 1)
         for rows, runs in RUNS.items():
             make_workbook(full, rows)
-            run([own[OURS], "markup", str(rows)], markup)
+            with open(markup, "wb") as file:
+                run([own[OURS], "markup", str(rows)], file)
             for work in ("read", "write"):
                 words = ["read", full] if work == "read" else ["write", template, target, str(rows)]
                 commands = {name: [program, *words] for name, program in own.items()}
