@@ -1,4 +1,6 @@
 // The export document: budgets with their lines and children.
+#include <algorithm>
+
 #include "automation/decimal.h"
 #include "automation/text.h"
 #include "exchange/budget.h"
@@ -30,81 +32,148 @@ constexpr ElementOfColumn kLineAmounts[] = {
     {"ClosedAmount", "USEDCLOSEDAMNT"},     {"ReceivedAmount", "USEDRECEIVEDAMNT"},
     {"BalanceAvailable", "AVAILABLEAMNT"}};
 
-// Writes the elements of one document.
+// Whether a text can stand in XML, as far as a look at its bytes tells.
+bool IsPlain(std::string_view text) {
+  constexpr std::string_view kNoCharacters = "\xEF\xBF";  // U+FFFE and U+FFFF begin so.
+  const bool has_control = std::any_of(text.begin(), text.end(), [](char c) {
+    return static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r';
+  });
+  return !has_control && automation::IsUtf8(text) && text.find(kNoCharacters) == std::string_view::npos;
+}
+
+// Elements as AddXMLNode makes them, but written straight into the text: there are hundreds of thousands, and
+// nothing else would be asked of the tree that they would be put into.
+class ElementWriter {
+ public:
+  explicit ElementWriter(Budget& exchange) : exchange_(exchange) {}
+
+  // An element around what `inside` writes; an empty one when that is nothing.
+  template <class Inside>
+  void Around(std::string_view name, Inside&& inside) {
+    text_.append("<").append(name).append(">");
+    const std::size_t start = text_.size();
+    inside();
+    if (text_.size() == start) {
+      text_.back() = '/';
+      text_.append(">");
+    } else {
+      text_.append("</").append(name).append(">");
+    }
+  }
+
+  void Add(std::string_view name, std::string_view value) {
+    if (!IsPlain(value)) RaiseAsAddXMLNode(std::string(name), std::string(value));
+    if (value.empty()) return Around(name, [] {});
+    text_.append("<").append(name).append(">");
+    for (const char c : automation::Trimmed(value)) AppendCharacter(c);
+    text_.append("</").append(name).append(">");
+  }
+
+  [[nodiscard]] std::string Take() { return std::move(text_); }
+
+ private:
+  void AppendCharacter(char c) {
+    switch (c) {
+      case '&':
+        text_.append("&amp;");
+        break;
+      case '<':
+        text_.append("&lt;");
+        break;
+      case '>':
+        text_.append("&gt;");
+        break;
+      case '\r':
+        text_.append("&#13;");
+        break;
+      default:
+        text_.push_back(c);
+    }
+  }
+
+  // A value that XML does not allow is that method's to refuse and to log.
+  void RaiseAsAddXMLNode(const std::string& name, const std::string& value) {
+    auto document = std::make_shared<platform::xml::XmlDocument>();
+    XmlNodeRef parent = document->CreateElement("Budgets");
+    exchange_.AddXMLNode(document, parent, name, value);
+  }
+
+  Budget& exchange_;
+  std::string text_;
+};
+
+// Writes the budgets of one document.
 class DocumentWriter {
  public:
   DocumentWriter(Budget& exchange, const std::string& user)
-      : exchange_(exchange),
-        document_(std::make_shared<platform::xml::XmlDocument>()),
-        root_(document_->CreateElement("Budgets")),
+      : writer_(exchange),
         standard_(Lib_General::Gen_GetI18N(user, "SLBBU0357")),
         aggregate_(Lib_General::Gen_GetI18N(user, "SLBBU0358")),
         types_(exchange.getBudgetTypeDict()) {}
 
-  void AddBudget(const Recordset& budget, Recordset& lines, Recordset& relations) {
-    const std::string code = Gen_NullToString(budget.Value("BUDGETCODE"));
-    XmlNodeRef element = Add(root_, "Budget");
-    AddHeader(element, budget);
-    XmlNodeRef line_list = Add(element, "BudgetLines");
-    for (Filter(lines, "BUDGETCODE", code); !lines.Eof(); lines.MoveNext()) AddLine(line_list, lines);
-    XmlNodeRef children = Add(element, "ChildBudgets");
-    for (Filter(relations, "PARENTBUDGET", code); !relations.Eof(); relations.MoveNext())
-      AddChild(children, Gen_NullToString(relations.Value("CHILDBUDGET")));
+  [[nodiscard]] std::string Write(Recordset& budgets, Recordset& lines, Recordset& relations) {
+    writer_.Around("Budgets", [&] {
+      for (; !budgets.Eof(); budgets.MoveNext())
+        writer_.Around("Budget", [&] { AddBudget(budgets, lines, relations); });
+    });
+    return writer_.Take();
   }
-
-  [[nodiscard]] std::string Text() const { return root_->Xml(); }
 
  private:
   static void Filter(Recordset& rows, const std::string& column, const std::string& code) {
     rows.SetFilter(column + "='" + automation::Replaced(code, "'", "''") + "'");
   }
 
-  XmlNodeRef Add(XmlNodeRef& parent, const std::string& name, const std::string& value = {}) {
-    return exchange_.AddXMLNode(document_, parent, name, value);
+  void AddBudget(const Recordset& budget, Recordset& lines, Recordset& relations) {
+    const std::string code = Gen_NullToString(budget.Value("BUDGETCODE"));
+    writer_.Around("BudgetHeader", [&] { AddHeader(budget); });
+    writer_.Around("BudgetLines", [&] {
+      for (Filter(lines, "BUDGETCODE", code); !lines.Eof(); lines.MoveNext())
+        writer_.Around("BudgetLine", [&] { AddLine(lines); });
+    });
+    writer_.Around("ChildBudgets", [&] {
+      for (Filter(relations, "PARENTBUDGET", code); !relations.Eof(); relations.MoveNext())
+        writer_.Around("ChildBudget", [&] { AddChild(Gen_NullToString(relations.Value("CHILDBUDGET"))); });
+    });
   }
 
-  void AddType(XmlNodeRef& parent, const Variant& type) {
+  void AddType(const Variant& type) {
     type_text_ = Gen_NullToDouble(type) == 1 ? standard_ : aggregate_;
-    Add(parent, "BudgetType", type_text_);
+    writer_.Add("BudgetType", type_text_);
   }
 
-  void AddHeader(XmlNodeRef& parent, const Recordset& budget) {
-    XmlNodeRef header = Add(parent, "BudgetHeader");
+  void AddHeader(const Recordset& budget) {
     const auto add = [&](const char* element, const char* column) {
-      Add(header, element, Gen_NullToString(budget.Value(column)));
+      writer_.Add(element, Gen_NullToString(budget.Value(column)));
     };
     add("BudgetCode", "BUDGETCODE");
-    AddType(header, budget.Value("BUDGETTYPE"));
+    AddType(budget.Value("BUDGETTYPE"));
     add("Currency", "CURRENCYCODE");
     add("AdministrativeOffice", "OFFICEDESCRIPTION");
     add("ChargeType", "CHARGETYPECODE");
     add("BudgetHolder", "USERID");
-    Add(header, "ApprovalReqd", Gen_NullToDouble(budget.Value("APPROVEINBUDGET")) == 0 ? "No" : "Yes");
+    writer_.Add("ApprovalReqd", Gen_NullToDouble(budget.Value("APPROVEINBUDGET")) == 0 ? "No" : "Yes");
     add("WarnMultiples", "BUDGETWARNING");
   }
 
-  void AddLine(XmlNodeRef& parent, const Recordset& line) {
-    XmlNodeRef element = Add(parent, "BudgetLine");
-    Add(element, "EffectiveDate", Gen_NullToString(line.Value("STARTDATE")));
-    Add(element, "ExpiryDate", Gen_NullToString(line.Value("ENDDATE")));
+  void AddLine(const Recordset& line) {
+    writer_.Add("EffectiveDate", Gen_NullToString(line.Value("STARTDATE")));
+    writer_.Add("ExpiryDate", Gen_NullToString(line.Value("ENDDATE")));
     for (const auto& [name, column] : kLineAmounts)
-      Add(element, name, automation::NumberText(Gen_NullToDouble(line.Value(column))));
+      writer_.Add(name, automation::NumberText(Gen_NullToDouble(line.Value(column))));
   }
 
-  void AddChild(XmlNodeRef& parent, const std::string& code) {
-    XmlNodeRef child = Add(parent, "ChildBudget");
-    Add(child, "BudgetCode", code);
+  void AddChild(const std::string& code) {
+    writer_.Add("BudgetCode", code);
     if (types_->Exists(code)) {
-      AddType(child, types_->Item(code));
+      AddType(types_->Item(code));
     } else {
       // Of a budget that does not exist the type written last is repeated.
-      Add(child, "BudgetType", type_text_);
+      writer_.Add("BudgetType", type_text_);
     }
   }
 
-  Budget& exchange_;
-  platform::xml::XmlDocumentRef document_;
-  XmlNodeRef root_;
+  ElementWriter writer_;
   std::string standard_;
   std::string aggregate_;
   std::shared_ptr<Dictionary> types_;
@@ -123,8 +192,7 @@ bool Budget::BuildExportDocument(const std::string& from, const std::string& to,
     auto budgets = Sql_GetReadonlyRecordset(
         "SELECT * FROM BUDGET WHERE BUDGETCODE BETWEEN " + TextLiteral(from) + " AND " + TextLiteral(to),
         connection);
-    for (; !budgets->Eof(); budgets->MoveNext()) writer.AddBudget(*budgets, *lines, *relations);
-    document = writer.Text();
+    document = writer.Write(*budgets, *lines, *relations);
     return true;
   } catch (...) {
     return false;  // What failed has been logged; the caller makes an error log of it.

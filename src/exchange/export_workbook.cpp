@@ -64,7 +64,11 @@ void Budget::WriteExportWorkbook(const std::string& document, std::string& file,
     return AppendText(error, user, "SLBBU0338");
   if (Trimmed(directory).empty()) return AppendText(error, user, "SLBBU0339");
   try {
-    FillTemplate(budgets->TransformedBy(stylesheet), directory, file, error, user);
+    const std::string workbook_xml = budgets->TransformedBy(stylesheet);
+    // It need not stand in the memory beside the workbook that is made of it.
+    root.reset();
+    budgets.reset();
+    FillTemplate(workbook_xml, directory, file, error, user);
   } catch (const automation::Error& failure) {
     Err_AppendLine(error, failure.Description(), "");
   }

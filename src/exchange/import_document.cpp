@@ -43,7 +43,7 @@ XmlDocumentRef Budget::ConvertWorkbookToImportXml(const std::string& workbook, s
   };
   if (automation::Trimmed(workbook).empty()) return refuse("SLBBU0317");
   if (automation::Raised(ExtensionOf(workbook)) != "XLS") return refuse("SLBBU0342");
-  const XmlDocumentRef workbook_xml = WorkbookXml(workbook, error, user);
+  XmlDocumentRef workbook_xml = WorkbookXml(workbook, error, user);
   if (workbook_xml == nullptr) return refuse("SLBRE2897");
 
   const std::string directory = ConfigurationDirectory();
@@ -51,6 +51,8 @@ XmlDocumentRef Budget::ConvertWorkbookToImportXml(const std::string& workbook, s
   if (!stylesheet.Load(directory + std::string(installation_file::kImportStylesheet)))
     Err_AppendLine(error, stylesheet.Error().reason, "");
   std::string text = workbook_xml->TransformedBy(stylesheet);
+  // The largest of all documents here, which need not stand in the memory beside the others.
+  workbook_xml.reset();
   text = Replaced(Replaced(text, "UTF-16", "UTF-8"), "\r\n", "");
   auto transformed = std::make_shared<XmlDocument>();
   if (!transformed->LoadXml(text)) return refuse("SLBBU0340");

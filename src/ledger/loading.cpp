@@ -34,28 +34,53 @@ constexpr std::string_view kSource = "Talvex.BudgetT";
 constexpr std::int32_t kStandard = 1;
 constexpr std::int32_t kAggregate = 2;
 
-// One element in a document of its own: what is asked of it cannot stray into its neighbours.
+// One element, asked as if it stood in a document of its own: nothing strays into its neighbours. Such a
+// document is not made, since there are tens of thousands of elements in an import.
 class Element {
  public:
-  Element(const platform::xml::XmlNode& node, const std::string& name) {
-    if (!document_.LoadXml(node.Xml())) {
-      throw automation::Error(automation::error_number::kInvalidCall, kSource,
-                              "The element cannot be read: " + document_.Error().reason);
+  // Error 91 without a node, naming what is missing; 5 for one that cannot stand alone.
+  Element(const XmlNodeRef& node, std::string_view name, std::string_view what) {
+    Required(node, what, kSource);
+    Collect(node);
+    const auto found = std::find_if(elements_.begin(), elements_.end(),
+                                    [&](const auto& element) { return element.first == name; });
+    if (found != elements_.end()) {
+      code_ = found->second->Attribute("budgetCode");
+      return;
     }
-    const XmlNodeRef element = document_.SelectSingleNode("//" + name);
-    if (element != nullptr) code_ = element->Attribute("budgetCode");
+    platform::xml::XmlDocument document;
+    if (document.LoadXml(node->Xml())) return;
+    throw automation::Error(automation::error_number::kInvalidCall, kSource,
+                            "The element cannot be read: " + document.Error().reason);
   }
 
   [[nodiscard]] const std::string& Code() const noexcept { return code_; }
-  [[nodiscard]] std::string Text(const std::string& child) const { return document_.TextOfOnly(child); }
+  // The text of the only child of that name; the empty text when there is none and when there are several.
+  [[nodiscard]] std::string Text(std::string_view child) const {
+    const platform::xml::XmlNode* only = nullptr;
+    for (const auto& [name, element] : elements_) {
+      if (name != child) continue;
+      if (only != nullptr) return {};
+      only = element.get();
+    }
+    return only == nullptr ? std::string() : only->Text();
+  }
   // Nothing when there is no such child. 13 for one that is no date.
-  [[nodiscard]] std::optional<Date> Day(const std::string& child) {
-    if (document_.SelectSingleNode("//" + child) == nullptr) return std::nullopt;
+  [[nodiscard]] std::optional<Date> Day(std::string_view child) const {
+    const bool there = std::any_of(elements_.begin(), elements_.end(),
+                                   [&](const auto& element) { return element.first == child; });
+    if (!there) return std::nullopt;
     return automation::ToDate(Variant(Text(child))).DayOnly();
   }
 
  private:
-  platform::xml::XmlDocument document_;
+  // The element and all in it, in document order.
+  void Collect(const XmlNodeRef& element) {
+    elements_.emplace_back(element->Name(), element);
+    for (const XmlNodeRef& child : element->Children("")) Collect(child);
+  }
+
+  std::vector<std::pair<std::string, XmlNodeRef>> elements_;
   std::string code_;
 };
 
@@ -136,7 +161,7 @@ bool ClosesLoop(const std::string& parent, const std::string& child) {
 bool BudgetT::InsertBudgets(const XmlNodeRef& i_oHeaderXMLNode, const XmlDocumentRef& i_oBudgetXML,
                             std::string& o_sError, std::string& o_sUser) {
   return Writes("Talvex.BudgetT.InsertBudgets", [&] {
-    const Element header(Required(i_oHeaderXMLNode, "the header", kSource), "BudgetHeader");
+    const Element header(i_oHeaderXMLNode, "BudgetHeader", "the header");
     const auto connection = getConnection();
     auto budget =
         Sql_GetUpdateableRecordset("SELECT * FROM BUDGET WHERE BUDGETCODE=" + TextLiteral(header.Code()),
@@ -173,7 +198,7 @@ void BudgetT::InsertBudgetLines(const std::string& i_sBudgetCode, const XmlNodeR
           "SELECT * FROM BUDGET  WHERE BUDGETCODE=" + TextLiteral(i_sBudgetCode), connection);
       if (budget->Eof()) return refuse("SLBBU0356");
     }
-    Element element(*i_oBudgetXMLNode, "BudgetLine");
+    const Element element(i_oBudgetXMLNode, "BudgetLine", "the line");
     const Period period = {automation::ToDate(Variant(element.Text("EffectiveDate"))).DayOnly(),
                            element.Day("ExpiryDate")};
     const double amount = automation::ToDouble(Variant(element.Text("BudgetAmnt")));
@@ -197,7 +222,7 @@ void BudgetT::InsertBudgetLines(const std::string& i_sBudgetCode, const XmlNodeR
 void BudgetT::InsertBudgetRelations(const std::string& i_sBudgetCode, const XmlNodeRef& i_oXMLNode,
                                     const std::string& i_sUser, std::string& o_sError) {
   Writes("Talvex.BudgetT.InsertBudgetRelations", [&] {
-    const Element relation(Required(i_oXMLNode, "the relation", kSource), "BudgetRelation");
+    const Element relation(i_oXMLNode, "BudgetRelation", "the relation");
     const std::string parent = relation.Code();
     const std::string child = relation.Text("ChildBudget");
     const auto refuse = [&] {

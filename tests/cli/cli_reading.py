@@ -272,7 +272,9 @@ class Demo(unittest.TestCase):
         self.assertIn("  Subject: Budgetoverzicht, Budget: IT-HW-AMS-5\n", ran.stdout)
         self.assertIn("  Subject: Budget summary, Budget: COMPANY-1\n", ran.stdout)
         self.assertIn("talvex: The currency 'CHF'", ran.stdout)
-        self.assertIn("\n29 lines, all right\n", ran.stdout)
+        self.assertRegex(ran.stdout, r"\n  Lines 12 +changed +IT-SW-AMS .*: '48000' is now '55000'\n")
+        self.assertIn("\nThe messages are in talvex/errorlog/plan20263162026-100000.txt\n", ran.stdout)
+        self.assertIn("\n30 lines, all right\n", ran.stdout)
 
 
 if __name__ == "__main__":

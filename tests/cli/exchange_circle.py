@@ -1,67 +1,13 @@
 """Budgets out to a workbook and back in: export, edit as people do, import."""
 
 import os
-import re
 import shutil
 import unittest
 
 import xlrd
-import xlwt
 
-from _talvex import FAILED, NO, USAGE, SampleTest
-
-HEADERS = ("SELECT BUDGETCODE, BUDGETTYPE, CURRENCYCODE, OFFICEDESCRIPTION, CHARGETYPECODE, USERID, "
-           "APPROVEINBUDGET, BUDGETWARNING FROM BUDGET ORDER BY BUDGETCODE")
-LINES = "SELECT BUDGETCODE, STARTDATE, ENDDATE, BUDGETAMNT FROM BUDGETLINES ORDER BY BUDGETCODE, STARTDATE"
-RELATIONS = "SELECT PARENTBUDGET, CHILDBUDGET FROM BUDGETRELATIONS ORDER BY PARENTBUDGET, CHILDBUDGET"
-TABLES = (HEADERS, LINES, RELATIONS)
-
-BUDGETS_HEAD = ("Budget", "Type", "Currency", "Office", "Charge type", "Holder", "Approval",
-                "Warning step, %")
-LINES_HEAD = ("Budget", "From", "To", "Budget amount")
-RELATIONS_HEAD = ("Parent budget", "Child budget")
-
-
-def write_workbook(path, budgets=(), lines=(), relations=(), sheets=("Budgets", "Lines", "Relations")):
-    """A workbook as somebody might make it without any export: only what the import reads."""
-    book = xlwt.Workbook(encoding="utf-8")
-    date = xlwt.easyxf(num_format_str="yyyy-mm-dd")
-    for name, head, rows in zip(sheets, (BUDGETS_HEAD, LINES_HEAD, RELATIONS_HEAD),
-                                (budgets, lines, relations)):
-        sheet = book.add_sheet(name)
-        for column, text in enumerate(head):
-            sheet.write(0, column, text)
-        for number, row in enumerate(rows, start=1):
-            for column, value in enumerate(row):
-                if value is None:
-                    continue
-                if hasattr(value, "year"):
-                    sheet.write(number, column, value, date)
-                else:
-                    sheet.write(number, column, value)
-    book.save(path)
-
-
-class ExchangeTest(SampleTest):
-    def tables(self):
-        return [self.sql(query) for query in TABLES]
-
-    def export(self, first="A", last="ZZZ"):
-        """Exports everything; the path of the workbook."""
-        answer = self.ask("export", first, last)
-        self.assertEqual((answer["exported"], answer["errors"], answer["errorLog"]), (True, [], None))
-        self.assertRegex(answer["file"], r"^talvex\\exportedbudgets\\Export_Budgets_3162026_100000\.xls$")
-        kept = os.path.join(self.folder.name, "kept.xls")
-        shutil.move(os.path.join(self.site, answer["file"].replace("\\", "/")), kept)
-        return kept
-
-    def book(self, **sheets):
-        path = os.path.join(self.folder.name, "made.xls")
-        write_workbook(path, **sheets)
-        return path
-
-    def imported(self, path, *options, status=0):
-        return self.ask("import", path, *options, status=status)
+from _exchange import BUDGETS_HEAD, HEADERS, LINES, ExchangeTest, write_workbook
+from _talvex import NO, USAGE
 
 
 class Export(ExchangeTest):
@@ -105,20 +51,6 @@ class Export(ExchangeTest):
         self.assertEqual(again["errorLog"], "talvex/errorlog/Budgets_Export3162026-100000.txt")
         with open(path, "rb") as file:
             self.assertEqual(file.read(), before)
-
-    def test_what_is_missing_is_told_in_the_error_log(self):
-        for name, message in (("XSL/Budgets_Export.xsl", "The stylesheet for the budget export"),
-                              ("XLT/Budgets_Export.XLT", "The workbook template could not be opened")):
-            with self.subTest(name=name):
-                path = os.path.join(self.site, "talvex", name)
-                os.rename(path, path + ".away")
-                answer = self.ask("export", "A", "ZZZ", status=NO)
-                os.rename(path + ".away", path)
-                self.assertTrue(any(message in error for error in answer["errors"]), answer)
-                log = os.path.join(self.site, answer["errorLog"])
-                with open(log, encoding="cp1252", newline="") as file:
-                    self.assertIn("\r\n" + message, file.read())
-        self.assertEqual(os.listdir(os.path.join(self.site, "talvex/exportedbudgets")), [])
 
 
 class Circle(ExchangeTest):
@@ -274,14 +206,6 @@ class Faults(ExchangeTest):
     def test_refuses_what_makes_no_sense(self):
         self.talvex("import", status=USAGE)
         self.talvex("export", "A", status=USAGE)
-
-    def test_a_folder_that_cannot_be_written_fails_the_call(self):
-        shutil.rmtree(os.path.join(self.site, "talvex/errorlog"))
-        with open(os.path.join(self.site, "talvex/errorlog"), "w", encoding="utf-8") as file:
-            file.write("in the way")
-        book = self.book(budgets=[("X",) + self.GOOD[1:2] + ("QQQ",) + self.GOOD[3:]])
-        failed = self.talvex("import", book, status=FAILED)
-        self.assertTrue(re.search(r"errorlog", failed.stderr), failed.stderr)
 
 
 if __name__ == "__main__":

@@ -1,5 +1,6 @@
 #include "adapters/libxml2/stylesheet.h"
 
+#include <libxslt/imports.h>
 #include <libxslt/security.h>
 #include <libxslt/transform.h>
 #include <libxslt/xslt.h>
@@ -59,14 +60,22 @@ void PrepareStylesheets() {
 std::string Transformed(const xmlDoc& document, const xmlDoc& stylesheet) {
   const Complaints complaints;
   const StylesheetRef compiled = Compiled(stylesheet, complaints);
-  const DocumentRef source = Copy(document);
   const PreferencesRef preferences = MadeForbiddingAll();
-  const TransformationRef transformation(Made(xsltNewTransformContext(compiled.get(), source.get())));
+  // The library changes a document only to take blanks out of it, as a stylesheet may ask. A copy of a large
+  // one is the largest thing of all here, so it is made for that alone.
+  DocumentRef copy;
+  auto* source = const_cast<xmlDoc*>(&document);
+  TransformationRef transformation(Made(xsltNewTransformContext(compiled.get(), source)));
+  if (xsltNeedElemSpaceHandling(transformation.get()) != 0) {
+    copy = Copy(document);
+    source = copy.get();
+    transformation.reset(Made(xsltNewTransformContext(compiled.get(), source)));
+  }
   xsltSetTransformErrorFunc(transformation.get(), nullptr, &Complaints::AddText);
   if (xsltSetCtxtSecurityPrefs(preferences.get(), transformation.get()) != 0) throw std::bad_alloc();
 
   const DocumentRef result(
-      xsltApplyStylesheetUser(compiled.get(), source.get(), nullptr, nullptr, nullptr, transformation.get()));
+      xsltApplyStylesheetUser(compiled.get(), source, nullptr, nullptr, nullptr, transformation.get()));
   const bool failed = transformation->state != XSLT_STATE_OK || complaints.First().code != 0;
   if (result == nullptr || failed) complaints.Raise(kStylesheetFails, "it failed");
 

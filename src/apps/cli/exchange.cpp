@@ -85,11 +85,12 @@ Table CountTable(const ImportReport& report) {
   return table;
 }
 
-// One line for every message, of refused and changed rows; inserted ones without any.
-Table DetailTable(const ImportReport& report) {
+// One line for every message, of refused and changed rows. Inserted ones, which can be tens of thousands, are
+// told before they are kept and not again.
+Table DetailTable(const ImportReport& report, bool dry_run) {
   Table table;
   for (const auto& [outcome, name] : kOutcomes) {
-    if (outcome == Outcome::LeftAlone) continue;
+    if (outcome == Outcome::LeftAlone || (outcome == Outcome::Inserted && !dry_run)) continue;
     for (const ImportedRow& row : report.rows) {
       if (row.outcome != outcome) continue;
       const auto add = [&](const std::string& message) {
@@ -123,7 +124,7 @@ void PrintReport(const Session& session, const ImportReport& report, const std::
   } else {
     session.Out() << (dry_run ? "What an import would do; nothing was kept:\n\n" : "")
                   << CountTable(report).ToText(session.Look(), "  ");
-    const std::string details = DetailTable(report).ToText(session.Look(), "  ");
+    const std::string details = DetailTable(report, dry_run).ToText(session.Look(), "  ");
     if (!details.empty()) session.Out() << '\n' << details;
   }
   if (!log.empty()) session.Out() << "\nThe messages are in " << Printable(log) << '\n';

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include "automation/text.h"
+#include "platform/xml/xml_document.h"
 #include "unit/exchange/exchange_world.h"
 
 namespace talvex::test {
@@ -117,6 +119,65 @@ TEST(Export, NamesTheWorkbookByTheClockAndSavesIt) {
                                   "Save", "Close"}));
     EXPECT_EQ(world.File("talvex/errorlog/Budgets_Export152026-090703.txt"), "");
   });
+}
+
+TEST(Export, NamesAreMadeOfTheMomentWithoutLeadingZeros) {
+  const struct {
+    const char* now;
+    const char* workbook;
+    const char* log;
+  } rows[] = {
+      {"2026-03-15T14:30:05", "Export_Budgets_3152026_143005.xls", "Budgets_Export3152026-143005.txt"},
+      {"2026-01-05T00:00:00", "Export_Budgets_152026_000000.xls", "Budgets_Export152026-000000.txt"},
+      {"2026-11-01T23:59:59", "Export_Budgets_1112026_235959.xls", "Budgets_Export1112026-235959.txt"},
+      {"2026-12-31T12:00:00", "Export_Budgets_12312026_120000.xls", "Budgets_Export12312026-120000.txt"},
+  };
+  for (const auto& row : rows) {
+    WithExchange(
+        [&](ExchangeWorld& world) {
+          AddUser(world.Site(), "anna", 1033);
+          EXPECT_EQ(Budget().CreateXMLforExport("A", "Z", "anna"),
+                    "^-^talvex\\exportedbudgets\\" + std::string(row.workbook) + "^-^EXPORTED");
+          world.Replace("talvex/XSL/Budgets_Export.xsl", "");
+          EXPECT_EQ(Budget().CreateXMLforExport("A", "Z", "anna"),
+                    "talvex/errorlog/" + std::string(row.log) + "^-^FAILED");
+        },
+        row.now);
+  }
+}
+
+TEST(Export, WritesEveryCharacterAsAnXmlDocumentDoes) {
+  WithExchange([](ExchangeWorld& world) {
+    AddUser(world.Site(), "anna", 1033);
+    const std::string value = "\t<a> & \"b\"\r\n'\xC3\xBC\xE2\x82\xAC\xEF\xBF\xBD ]]>";
+    world.Site().Sql("INSERT INTO BUDGET (BUDGETCODE, OFFICEDESCRIPTION) VALUES ('A', '" +
+                     automation::Replaced(value, "'", "''") + "')");
+    platform::xml::XmlDocument document;
+    ASSERT_TRUE(document.LoadXml(DocumentOf(world)));
+    EXPECT_EQ(document.TextOfOnly("AdministrativeOffice"), value);
+    auto made = std::make_shared<platform::xml::XmlDocument>();
+    auto parent = made->CreateElement("P");
+    Budget().AddXMLNode(made, parent, "AdministrativeOffice", value);
+    const std::string text = parent->Xml();
+    // Inside <P>.
+    EXPECT_NE(DocumentOf(world).find(text.substr(3, text.size() - 7)), std::string::npos)
+        << text << '\n'
+        << DocumentOf(world);
+  });
+}
+
+TEST(Export, ACharacterThatXmlDoesNotAllowFailsTheBuildAndIsLogged) {
+  for (const std::string value : {"a\x01", "\xEF\xBF\xBE"}) {
+    WithExchange([&](ExchangeWorld& world) {
+      AddUser(world.Site(), "anna", 1033);
+      world.Site().Sql("INSERT INTO BUDGET (BUDGETCODE, OFFICEDESCRIPTION) VALUES ('A', '" + value + "')");
+      EXPECT_EQ(Budget().CreateXMLforExport("A", "Z", "anna"),
+                "talvex/errorlog/Budgets_Export152026-090703.txt^-^FAILED");
+      EXPECT_EQ(world.File("talvex/errorlog/Budgets_Export152026-090703.txt"), "\r\n-");
+      ASSERT_EQ(world.Site().LogLines().size(), 1U);
+      EXPECT_NE(world.Site().LogLines().front().find("Talvex.Budget.AddXMLNode"), std::string::npos);
+    });
+  }
 }
 
 TEST(Export, TellsInAnErrorLogWhatWentWrong) {

@@ -80,6 +80,66 @@ TEST(Import, AHeaderWhoseCodeIsNotItsFirstAttributeInheritsTheOneBefore) {
   });
 }
 
+TEST(Import, ACodeIsTheFirstAttributeWithExactlyThatName) {
+  WithExchange([](ExchangeWorld& world) {
+    Fill(world.Site());
+    TakeAsItIs(world);
+    world.Site().Sql("INSERT INTO BUDGET (BUDGETCODE, BUDGETTYPE, CURRENCYCODE) VALUES ('A', 2, 'EUR')");
+    // The first line has no code and none before it; the third has that of the second, where its own name
+    // does not count. A relation does not inherit from the lines.
+    const Answer answer = Import(
+        world,
+        "<I><BudgetLine><EffectiveDate>1/1/2025</EffectiveDate><BudgetAmnt>1</BudgetAmnt></BudgetLine>"
+        "<BudgetLine budgetCode='A'><EffectiveDate>1/1/2026</EffectiveDate><BudgetAmnt>2</BudgetAmnt>"
+        "</BudgetLine><BudgetLine BudgetCode='B'><EffectiveDate>1/1/2027</EffectiveDate>"
+        "<BudgetAmnt>3</BudgetAmnt></BudgetLine><BudgetRelation><ChildBudget>A</ChildBudget></BudgetRelation>"
+        "</I>");
+    EXPECT_TRUE(answer.imported);
+    EXPECT_EQ(
+        answer.log,
+        "\r\nThe budget code is missing-\r\nThe budget code is missing-\r\nThe budget code is missing-");
+    EXPECT_EQ(world.Site().Rows("SELECT BUDGETCODE, BUDGETAMNT FROM BUDGETLINES"),
+              std::vector<std::string>{"A | 2"});
+  });
+}
+
+TEST(Import, TheNameOfAnEncodingAndLineBreaksAreReplacedWhereverTheyStand) {
+  WithExchange([](ExchangeWorld& world) {
+    Fill(world.Site());
+    TakeAsItIs(world);
+    world.Replace("talvex/XSL/Budgets_Import.xslt",
+                  "<xsl:stylesheet version='1.0' xmlns:xsl='http://www.w3.org/1999/XSL/Transform'>"
+                  "<xsl:output encoding='UTF-16'/><xsl:template match='/'><I><BudgetHeader "
+                  "budgetCode='UTF-16'><xsl:copy-of select='/I/*'/></BudgetHeader></I></xsl:template>"
+                  "</xsl:stylesheet>");
+    const Answer answer = Import(world, "<I>" + std::string(kFields) + "</I>");
+    EXPECT_EQ(answer.log, "");
+    EXPECT_EQ(world.Site().Rows("SELECT BUDGETCODE FROM BUDGET"), std::vector<std::string>{"UTF-8"});
+  });
+}
+
+TEST(Import, AHeaderThatIsRefusedKeepsItsLinesOutButItsRelationIsTried) {
+  WithExchange([](ExchangeWorld& world) {
+    Fill(world.Site());
+    TakeAsItIs(world);
+    world.Site().Sql(
+        "INSERT INTO BUDGET (BUDGETCODE, BUDGETTYPE, CURRENCYCODE) VALUES ('P', 2, 'EUR'), ('A', 1, 'EUR')");
+    const Answer answer = Import(
+        world,
+        "<I>" +
+            Header("budgetCode='A'",
+                   "<BudgetType>Standard</BudgetType><Currency>GBP</Currency>"
+                   "<ChargeType>IT</ChargeType>") +
+            "<BudgetLine budgetCode='A'><EffectiveDate>1/1/2026</EffectiveDate><BudgetAmnt>5</BudgetAmnt>"
+            "</BudgetLine><BudgetRelation budgetCode='P'><ChildBudget>A</ChildBudget></BudgetRelation></I>");
+    EXPECT_TRUE(answer.imported);
+    EXPECT_EQ(answer.log, "\r\nThe currency is unknown-A");
+    EXPECT_EQ(world.Site().Rows("SELECT * FROM BUDGETLINES"), std::vector<std::string>{});
+    EXPECT_EQ(world.Site().Rows("SELECT PARENTBUDGET, CHILDBUDGET FROM BUDGETRELATIONS"),
+              std::vector<std::string>{"P | A"});
+  });
+}
+
 TEST(Import, ALineWithoutAHeaderGoesToTheBudgetThatIsThere) {
   WithExchange([](ExchangeWorld& world) {
     Fill(world.Site());
