@@ -2,8 +2,8 @@
 """Measures reading and writing .xls workbooks, 10 cells a row, against the bare library in one process.
 
 Whole processes, those they start included: processor time, the median of several runs in turn, and the most
-memory, that of all processes added. Beside them, for orientation, run xlrd, xlwt and, when npm is there to install
-it, the package xlsx. Run it on a release build: bench/workbooks/measure.py build/release/bin
+memory, that of all processes added. Beside them, for orientation, run xlrd, xlwt and, when npm is there to
+install it, the package xlsx. Run it on a release build: bench/workbooks/measure.py build/release/bin
 """
 
 import os

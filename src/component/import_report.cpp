@@ -155,7 +155,9 @@ void Judge(Arrival& arrival, const Tables& before, const Tables& after) {
     const std::string& was = old_row->second[i].second;
     if (now == was) continue;
     row.outcome = Outcome::Changed;
-    row.messages.push_back(column + ": '" + was + "' is now '" + now + "'");
+    std::string message = column;
+    message.append(": '").append(was).append("' is now '").append(now).append("'");
+    row.messages.push_back(std::move(message));
   }
 }
 

@@ -84,7 +84,7 @@ void Budget::FillTemplate(const std::string& workbook_xml, const std::string& di
                  error_text, user, directory + std::string(installation_file::kExportTemplate), path);
   error = automation::ToText(error_text);
   if (!workbook.IsObject() || workbook.As<automation::ObjectRef>() == nullptr) return;
-  const automation::ObjectRef book = workbook.As<automation::ObjectRef>();
+  const auto& book = workbook.As<automation::ObjectRef>();
   book->Call("Save");
   book->Call("Close");
   file = path.substr(directory.size() + 1);

@@ -7,14 +7,14 @@
 namespace talvex {
 
 namespace installation_file {
-inline constexpr std::string_view kExportStylesheet = "\\talvex\\XSL\\Budgets_Export.xsl";
-inline constexpr std::string_view kExportTemplate = "\\talvex\\XLT\\Budgets_Export.XLT";
-inline constexpr std::string_view kExportSchema = "\\talvex\\XSD\\Budgets_Export.xsd";
-inline constexpr std::string_view kExportedBudgets = "\\talvex\\exportedbudgets\\";
-inline constexpr std::string_view kImportStylesheet = "\\talvex\\XSL\\Budgets_Import.xslt";
+inline constexpr std::string_view kExportStylesheet = R"(\talvex\XSL\Budgets_Export.xsl)";
+inline constexpr std::string_view kExportTemplate = R"(\talvex\XLT\Budgets_Export.XLT)";
+inline constexpr std::string_view kExportSchema = R"(\talvex\XSD\Budgets_Export.xsd)";
+inline constexpr std::string_view kExportedBudgets = R"(\talvex\exportedbudgets\)";
+inline constexpr std::string_view kImportStylesheet = R"(\talvex\XSL\Budgets_Import.xslt)";
 // Spelled so in every installation.
-inline constexpr std::string_view kImportSchema = "\\talvex\\XSD\\Bugets_Import1.xsd";
-inline constexpr std::string_view kErrorLogs = "\\talvex\\errorlog\\";
+inline constexpr std::string_view kImportSchema = R"(\talvex\XSD\Bugets_Import1.xsd)";
+inline constexpr std::string_view kErrorLogs = R"(\talvex\errorlog\)";
 }  // namespace installation_file
 
 inline constexpr std::string_view kSchemaInstance = "http://www.w3.org/2001/XMLSchema-instance";

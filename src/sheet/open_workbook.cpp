@@ -84,6 +84,7 @@ Held<GsfInput> InMemory(GsfInput* input) {
     g_free(bytes);
     throw Refusal(refusals::kAccess, "it cannot be read");
   }
+  // NOLINTNEXTLINE(clang-analyzer-unix.Malloc): the input frees the bytes.
   return Held<GsfInput>(gsf_input_memory_new(bytes, static_cast<gsf_off_t>(size), TRUE));
 }
 

@@ -67,10 +67,10 @@ std::shared_ptr<Workbook> Workbook::FromTemplate(const std::string& template_pat
   return std::make_shared<Workbook>(template_path, false);
 }
 
-Workbook::Workbook(const std::string& base, bool own_file)
+Workbook::Workbook(std::string base, bool own_file)
     : book_(std::make_shared<OpenBook>()),
       engine_(Environment::Current().spreadsheets),
-      base_(base),
+      base_(std::move(base)),
       own_file_(own_file) {
   if (engine_ == nullptr) {
     throw Error(number::kCannotCreateObject, kSource, "Can't create object: there is no workbook engine");

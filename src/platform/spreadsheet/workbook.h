@@ -29,7 +29,7 @@ class Workbook final : public automation::Object {
   [[nodiscard]] static std::shared_ptr<Workbook> Open(const std::string& path);
   [[nodiscard]] static std::shared_ptr<Workbook> FromTemplate(const std::string& template_path);
 
-  Workbook(const std::string& base, bool own_file);
+  Workbook(std::string base, bool own_file);
   ~Workbook() override;
 
   TALVEX_READONLY(std::string, Name, "Name",

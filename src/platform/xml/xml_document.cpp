@@ -42,7 +42,7 @@ std::shared_ptr<XmlParseError> XmlDocument::ParseErrorObject() const {
 }
 
 XmlNodeRef XmlDocument::DocumentElement() const {
-  const NodeHandle root = tree_->Root();
+  NodeHandle root = tree_->Root();
   return root == nullptr ? nullptr : std::make_shared<XmlNode>(tree_, root);
 }
 
