@@ -13,7 +13,8 @@ if(TALVEX_INSTRUMENT STREQUAL "sanitizers")
   # Without -O1 the tests take too long. The instrumented code confuses the compiler's flow analysis, so here
   # warnings are not errors: the plain builds judge them.
   set(talvex_flags -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
-  target_compile_options(talvex_options INTERFACE ${talvex_flags} -O1 -g1)
+  set(CMAKE_CXX_FLAGS_DEBUG "-O1 -g1")
+  target_compile_options(talvex_options INTERFACE ${talvex_flags})
   target_compile_definitions(talvex_options INTERFACE _GLIBCXX_ASSERTIONS)
   target_link_options(talvex_options INTERFACE ${talvex_flags})
 elseif(TALVEX_INSTRUMENT STREQUAL "coverage")

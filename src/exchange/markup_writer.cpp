@@ -19,7 +19,6 @@ using automation::Variant;
 using markup::Block;
 using markup::Field;
 using markup::Item;
-using markup::Label;
 using markup::Part;
 using markup::Value;
 using markup::ValueType;

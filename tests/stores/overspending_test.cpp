@@ -23,8 +23,6 @@ namespace {
 
 using host::Outcome;
 
-constexpr int kAttempts = 10000;
-
 automation::Date Day() { return automation::Date::Civil(2026, 3, 15); }
 
 // Whether anybody must approve a further amount, for the budget or one above it.
