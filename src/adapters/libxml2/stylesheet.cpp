@@ -38,7 +38,7 @@ StylesheetRef Compiled(const xmlDoc& source, const Complaints& complaints) {
   DocumentRef copy = Copy(source);
   StylesheetRef stylesheet(xsltParseStylesheetDoc(copy.get()));
   if (stylesheet == nullptr) complaints.Raise(kStylesheetFails, "it is no stylesheet");
-  copy.release();  // It is the stylesheet's now.
+  static_cast<void>(copy.release());  // It is the stylesheet's now.
   // What the library only warns of, such as an unknown instruction, it passes over later.
   const bool wrong = stylesheet->errors != 0 || stylesheet->warnings != 0 || complaints.First().code != 0;
   if (wrong) complaints.Raise(kStylesheetFails, "it is wrong");
