@@ -56,7 +56,7 @@ template <class T>
 }
 
 // A date, or Empty for Null.
-[[nodiscard]] inline automation::Variant DateOrEmpty(automation::Variant value) {
+[[nodiscard]] inline automation::Variant DateOrEmpty(const automation::Variant& value) {
   return value.IsNull() ? automation::Variant() : value;
 }
 

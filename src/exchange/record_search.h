@@ -26,7 +26,7 @@ class RecordSearch {
   // What one field holds in one record.
   struct Held {
     automation::Variant value;
-    std::int32_t record;
+    std::int32_t record = 0;
   };
   using Range = std::pair<std::vector<Held>::const_iterator, std::vector<Held>::const_iterator>;
 

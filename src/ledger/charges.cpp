@@ -10,7 +10,6 @@
 namespace talvex {
 
 using automation::Array;
-using automation::Dictionary;
 using automation::Error;
 using automation::Variant;
 using Lib_General::getConnection;

@@ -223,7 +223,7 @@ void BudgetT::InsertBudgetRelations(const std::string& i_sBudgetCode, const XmlN
                                     const std::string& i_sUser, std::string& o_sError) {
   Writes("Talvex.BudgetT.InsertBudgetRelations", [&] {
     const Element relation(i_oXMLNode, "BudgetRelation", "the relation");
-    const std::string parent = relation.Code();
+    const std::string& parent = relation.Code();
     const std::string child = relation.Text("ChildBudget");
     const auto refuse = [&] {
       Lib_ErrorHandling::Err_AppendLine(o_sError, getI18N(i_sUser, "SLBBU0336"), i_sBudgetCode);

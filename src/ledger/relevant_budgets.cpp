@@ -60,16 +60,17 @@ std::shared_ptr<Dictionary> BudgetT::GetRelevantBudget(std::shared_ptr<Collectio
     const std::string office(automation::Trimmed(iAdminOffice));
     const std::string charge_type(automation::Trimmed(iChargeType));
     auto relevant = std::make_shared<Dictionary>();
-    for (const std::string& query : LevelQueries(office, charge_type)) {
-      for (const std::size_t combination : combinations) {
-        auto budgets =
-            Sql_GetReadonlyRecordset(query + DimensionCriterion(combination, literals), connection);
-        for (; !budgets->Eof(); budgets->MoveNext()) {
-          const std::string code = Lib_General::Gen_NullToString(budgets->Value("BUDGETCODE"));
-          if (HasCurrentLine(code)) relevant->Add(code, code);
-        }
-        Lib_SQL::CloseRecordset(budgets);
+    const auto add = [&](const std::string& query) {
+      auto budgets = Sql_GetReadonlyRecordset(query, connection);
+      for (; !budgets->Eof(); budgets->MoveNext()) {
+        const std::string code = Lib_General::Gen_NullToString(budgets->Value("BUDGETCODE"));
+        if (HasCurrentLine(code)) relevant->Add(code, code);
       }
+      Lib_SQL::CloseRecordset(budgets);
+    };
+    for (const std::string& query : LevelQueries(office, charge_type)) {
+      for (const std::size_t combination : combinations)
+        add(query + DimensionCriterion(combination, literals));
     }
     return relevant;
   });

@@ -74,9 +74,10 @@ Table CountTable(const ImportReport& report) {
   for (const auto& [kind, kind_name] : kKinds) {
     Table::Row cells = {{std::string(kind_name) + "s"}};
     for (const auto& [outcome, name] : kOutcomes) {
-      const auto count = std::count_if(report.rows.begin(), report.rows.end(), [&](const ImportedRow& row) {
-        return row.kind == kind && row.outcome == outcome;
-      });
+      const auto count = std::count_if(report.rows.begin(), report.rows.end(),
+                                       [kind = kind, outcome = outcome](const ImportedRow& row) {
+                                         return row.kind == kind && row.outcome == outcome;
+                                       });
       const bool alarming = outcome == Outcome::Refused && count > 0;
       cells.push_back({std::to_string(count), Table::Align::Right, alarming ? Colour::Red : Colour::Plain});
     }
@@ -93,7 +94,7 @@ Table DetailTable(const ImportReport& report, bool dry_run) {
     if (outcome == Outcome::LeftAlone || (outcome == Outcome::Inserted && !dry_run)) continue;
     for (const ImportedRow& row : report.rows) {
       if (row.outcome != outcome) continue;
-      const auto add = [&](const std::string& message) {
+      const auto add = [&, name = name, outcome = outcome](const std::string& message) {
         table.Add({{PlaceText(row)},
                    {name, Table::Align::Left, outcome == Outcome::Refused ? Colour::Red : Colour::Plain},
                    {Printable(row.code)},

@@ -1,7 +1,5 @@
 #include "platform/spreadsheet/open_book.h"
 
-#include <ranges>
-
 #include "automation/error.h"
 #include "automation/text.h"
 
@@ -41,8 +39,8 @@ void OpenBook::RequireFreeSheetName(const std::string& name, std::optional<std::
 
 void OpenBook::NoteCell(const std::string& sheet, Position at, const Cell& cell) {
   // Setting cells of different sheets in turn makes one edit for each sheet: their order does not matter.
-  for (auto& last : std::views::reverse(edits)) {
-    auto* cells = std::get_if<edit::SetCells>(&last);
+  for (auto last = edits.rbegin(); last != edits.rend(); ++last) {
+    auto* cells = std::get_if<edit::SetCells>(&*last);
     if (cells == nullptr) break;
     if (cells->sheet != sheet) continue;
     cells->cells.Set(at, cell);
