@@ -2,7 +2,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <signal.h>
+#include <signal.h>  // NOLINT(modernize-deprecated-headers): for kill and the masks of signals.
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
@@ -152,6 +152,7 @@ int KillGroupAndWait(pid_t child) {
 
 std::vector<char*> Pointers(std::vector<std::string>& texts) {
   std::vector<char*> pointers;
+  pointers.reserve(texts.size() + 1);
   for (auto& text : texts) pointers.push_back(text.data());
   pointers.push_back(nullptr);
   return pointers;
@@ -161,8 +162,8 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
 std::vector<std::string> Environment() {
   std::vector<std::string> environment{"LC_ALL=C.UTF-8", "PATH=/usr/bin:/bin", "HOME=/nonexistent"};
   // With one allocator there is one place where memory can run out, and the program says so there.
-  environment.push_back("G_SLICE=always-malloc");
-  if (const char* zone = std::getenv("TZ")) environment.push_back(std::string("TZ=") + zone);
+  environment.emplace_back("G_SLICE=always-malloc");
+  if (const char* zone = std::getenv("TZ")) environment.emplace_back(std::string("TZ=") + zone);
   return environment;
 }
 

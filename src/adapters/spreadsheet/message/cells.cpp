@@ -23,7 +23,7 @@ constexpr double kLastSecond = 9007199254740992.0;
 
 template <class T>
 void Append(std::vector<std::uint8_t>& bytes, T value) {
-  std::array<std::uint8_t, sizeof(T)> raw;
+  std::array<std::uint8_t, sizeof(T)> raw{};
   std::memcpy(raw.data(), &value, sizeof(T));
   bytes.insert(bytes.end(), raw.begin(), raw.end());
 }
