@@ -15,12 +15,16 @@ GARBAGE = "no such thing"
 OTHER_XML = "<something/>"
 FAULTY = ("<xsl:stylesheet version='1.0' xmlns:xsl='http://www.w3.org/1999/XSL/Transform'><xsl:nonsense/>"
           "</xsl:stylesheet>")
+# It works, but what it makes is no document.
+PLAIN_TEXT = ("<xsl:stylesheet version='1.0' xmlns:xsl='http://www.w3.org/1999/XSL/Transform'>"
+              "<xsl:output method='text'/><xsl:template match='/'>plain text</xsl:template></xsl:stylesheet>")
 SCHEMA = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element/></xs:schema>"
 
 NO_STYLESHEET = "The stylesheet for the budget export could not be loaded"
 NO_TEMPLATE = "The workbook template could not be opened"
 NO_WORKBOOK = "The file is not a workbook of the expected kind"
 NO_LAYOUT = "The contents of the workbook do not match the layout required for a budget import"
+NO_DOCUMENT = "The budget data could not be read as an XML document"
 UNUSABLE = "The stylesheet cannot be used"
 
 # A file of the installation, what stands in its place (nothing: it is missing), and what is told.
@@ -40,6 +44,7 @@ IMPORT_FILES = (
     ("XSL/Budgets_Import.xslt", GARBAGE, "Line 1: Start tag expected"),
     ("XSL/Budgets_Import.xslt", OTHER_XML, UNUSABLE),
     ("XSL/Budgets_Import.xslt", FAULTY, UNUSABLE),
+    ("XSL/Budgets_Import.xslt", PLAIN_TEXT, NO_DOCUMENT),
     ("XSD/Bugets_Import1.xsd", None, NO_LAYOUT),
     ("XSD/Bugets_Import1.xsd", "", NO_LAYOUT),
     ("XSD/Bugets_Import1.xsd", GARBAGE, NO_LAYOUT),
