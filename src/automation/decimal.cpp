@@ -1,6 +1,5 @@
 #include "automation/decimal.h"
 
-#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -24,15 +23,6 @@ constexpr std::array<std::uint64_t, kPowers> kPowersOfTen = [] {
   }
   return powers;
 }();
-
-// The digits of a plain decimal from the first that is not zero on.
-int CountSignificant(std::string_view text) {
-  int count = 0;
-  for (const char c : text.substr(std::min(text.find_first_of("123456789"), text.size()))) {
-    if (c != '.') ++count;
-  }
-  return count;
-}
 
 // The double itself, not its first 15 digits, rounded half to even; for a number that is not whole.
 double RoundAllDigits(double value, int places) {
@@ -85,7 +75,7 @@ std::uint64_t DropDigits(std::uint64_t digits, int dropped) noexcept {
 
 double Round(double value, int places) {
   if (places < 0) {
-    throw Error(error_number::kInvalidCall, kAutomationSource, "Invalid procedure call: negative decimals");
+    throw Error(error_number::kInvalidCall, "Talvex.Automation", "Invalid procedure call: negative decimals");
   }
   constexpr int kMostPlaces = 22;  // 10^22 is the largest power of ten that a double holds exactly.
   if (places > kMostPlaces || !std::isfinite(value) || value == std::trunc(value)) return value;
@@ -101,14 +91,6 @@ double Round(double value, int places) {
 std::string NumberText(double value) {
   if (value == 0) return "0";
   std::array<char, 40> buffer{};
-  // The shortest text that reads back as the same number is found several times as quickly. When it has no
-  // more than 15 digits, they are those that rounding to 15 gives.
-  if (std::abs(value) >= 1e-4 && std::abs(value) < 1e15) {
-    const auto shortest =
-        std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed).ptr;
-    const std::string_view text(buffer.data(), static_cast<std::size_t>(shortest - buffer.data()));
-    if (CountSignificant(text) <= kSignificantDigits) return std::string(text);
-  }
   const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
                                  std::chars_format::general, kSignificantDigits)
                        .ptr;

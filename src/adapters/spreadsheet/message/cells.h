@@ -5,9 +5,8 @@
 //   "at"       bytes: of every cell (row - 1) * 256 + (column - 1) in four bytes, rising
 //   "kinds"    bytes: of every cell the index of its value's type in Value; plus kHasFormula with a formula
 //   "numbers"  bytes: a double for every Boolean (0 or 1), number and date (seconds since 1 January 1970)
-//   "texts"    bytes: of every cell its text, if it has one, and then its formula with the "=", if it has
-//   one;
-//              before each its length in four bytes
+//   "texts"    bytes: of every cell its text and then its formula with the "=", as far as it has them; before
+//              each its length in four bytes
 #pragma once
 
 #include <cstdint>
