@@ -8,6 +8,7 @@
 #include <set>
 
 #include "support/scenario.h"
+#include "support/source_tree.h"
 
 namespace talvex::test {
 
@@ -34,7 +35,7 @@ std::string NameOf(std::string title) {
 
 const bool registered = [] {
   std::set<fs::path> paths;
-  for (const auto& entry : fs::recursive_directory_iterator(TALVEX_TEST_DATA_DIR "/scenarios")) {
+  for (const auto& entry : fs::recursive_directory_iterator(SourcePath("tests/scenarios"))) {
     if (entry.path().extension() == ".scenario") paths.insert(entry.path());
   }
   for (const auto& path : paths) {

@@ -17,6 +17,7 @@
 #include "adapters/suite/services.h"
 #include "automation/transaction_context.h"
 #include "platform/database/session_pool.h"
+#include "support/source_tree.h"
 #include "unit/adapters/suite_world.h"
 
 namespace talvex::suite_test {
@@ -83,7 +84,7 @@ class DatabaseWorld {
         installation(std::make_shared<adapters::suite::Installation>(kDirectory)),
         connection_string("Driver=SQLite;Database=" + folder_.Path("talvex.db")),
         in_world_(MakeEnvironment()) {
-    std::ifstream schema(TALVEX_TEST_DATA_DIR "/../schema/sqlite.sql");
+    std::ifstream schema(SourcePath("schema/sqlite.sql"));
     const std::string script{std::istreambuf_iterator<char>(schema), {}};
     adapters::sqlite::CreateDatabase(folder_.Path("talvex.db"), script + std::string(rows));
     files->content["/inst/siteconfiguration.xml"] =

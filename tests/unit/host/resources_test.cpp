@@ -9,6 +9,8 @@
 #include <map>
 #include <string>
 
+#include "support/source_tree.h"
+
 namespace talvex::host {
 namespace {
 
@@ -16,7 +18,7 @@ using FileMap = std::map<std::string, std::string>;
 
 // The files as they lie in the source tree, by the paths that the program knows them by.
 FileMap FilesOnDisk() {
-  const std::filesystem::path top = std::filesystem::path(TALVEX_TEST_DATA_DIR).parent_path();
+  const std::filesystem::path top = test::SourcePath("");
   FileMap files;
   for (const char* const folder : {"config", "schema"}) {
     for (const auto& entry : std::filesystem::recursive_directory_iterator(top / folder)) {
