@@ -84,7 +84,7 @@ class DatabaseWorld {
         installation(std::make_shared<adapters::suite::Installation>(kDirectory)),
         connection_string("Driver=SQLite;Database=" + folder_.Path("talvex.db")),
         in_world_(MakeEnvironment()) {
-    std::ifstream schema(SourcePath("schema/sqlite.sql"));
+    std::ifstream schema(test::SourcePath("schema/sqlite.sql"));
     const std::string script{std::istreambuf_iterator<char>(schema), {}};
     adapters::sqlite::CreateDatabase(folder_.Path("talvex.db"), script + std::string(rows));
     files->content["/inst/siteconfiguration.xml"] =
