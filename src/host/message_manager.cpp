@@ -7,14 +7,9 @@
 #include "automation/text.h"
 #include "platform/database/connection.h"
 #include "platform/database/literals.h"
+#include "platform/locales.h"
 
 namespace talvex::host {
-
-namespace {
-
-constexpr std::int32_t kEnglish = 1033;
-
-}  // namespace
 
 std::string MessageManager::GetText(const std::string& label, const std::string& locale_id) {
   const Key key(automation::ToInt32(locale_id), label);
@@ -25,8 +20,8 @@ std::string MessageManager::GetText(const std::string& label, const std::string&
   }
   // Read without the lock: a slow database must not hold up those whose texts are here.
   std::string text = Read(key);
-  // Locale 0 is that of a call on behalf of nobody in particular.
-  if (text.empty() && key.first == 0) text = Read({kEnglish, key.second});
+  if (text.empty() && key.first == platform::suite::kLocaleOfNobody)
+    text = Read({platform::suite::kEnglish, key.second});
   if (!text.empty()) {
     const std::lock_guard lock(mutex_);
     found_.try_emplace(key, text);

@@ -45,8 +45,8 @@ void Gen_CloseConnection(std::shared_ptr<platform::database::Connection>& conn);
 
 // The text of a label in the user's language. A blank label gives "" without any lookup. Inside a host the
 // host's shared message manager is asked and its answer returned, empty or not; outside, the table of texts
-// is read, and an unknown label or locale gives "Label or Locale not known for user:...". The last user's
-// locale is kept per thread.
+// is read, and an unknown label or locale gives "Label or Locale not known for user:...". The empty user
+// reads English. The last user's locale is kept per thread.
 [[nodiscard]] std::string Gen_GetI18N(const std::string& user, const std::string& label);
 
 }  // namespace talvex::Lib_General

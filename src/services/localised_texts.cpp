@@ -1,6 +1,7 @@
 #include <cstdint>
 #include <string>
 
+#include <optional>
 #include "automation/conversions.h"
 #include "automation/text.h"
 #include "automation/transaction_context.h"
@@ -8,6 +9,7 @@
 #include "platform/database/recordset.h"
 #include "platform/suite.h"
 #include "services/frame.h"
+#include "platform/locales.h"
 #include "services/lib_general.h"
 #include "services/lib_sql.h"
 #include "services/lib_user_lib.h"
@@ -19,11 +21,12 @@ using platform::database::NumberLiteral;
 using platform::database::TextLiteral;
 
 namespace {
+using platform::suite::kLocaleOfNobody;
 
 // The user for whom the thread last determined a locale, and that locale.
 struct UserLocale {
   std::string user;
-  std::int16_t locale_id = 0;
+  std::int16_t locale_id = kLocaleOfNobody;
 };
 
 std::int16_t LocaleOf(const std::string& user) {
@@ -35,20 +38,27 @@ std::int16_t LocaleOf(const std::string& user) {
   return cached.locale_id;
 }
 
-std::string TextFromTable(const std::string& user, std::int16_t locale_id, const std::string& label) {
+// Nothing for a label that has no row in that language.
+std::optional<std::string> RowOfTable(std::int16_t locale_id, const std::string& label) {
   auto texts = Lib_SQL::Sql_GetDisconnectedRecordset(
       "Select * From I18NTEXT Where LOCALEID=" + NumberLiteral(locale_id) +
           " AND LABEL= " + TextLiteral(label),
       nullptr);
-  std::string text = texts->Eof() ? "Label or Locale not known for user:" + user +
-                                        " locale: " + std::to_string(locale_id) + " Message Code: " + label
-                                  : Gen_NullToString(texts->Value("Text"));
+  std::optional<std::string> text;
+  if (!texts->Eof()) text = Gen_NullToString(texts->Value("Text"));
   Lib_SQL::CloseRecordset(texts);
   return text;
 }
 
 std::string TextFromHost(const TransactionContext& context, std::int16_t locale_id,
                          const std::string& label) {
+std::string TextFromTable(const std::string& user, std::int16_t locale_id, const std::string& label) {
+  auto text = RowOfTable(locale_id, label);
+  if (!text && locale_id == kLocaleOfNobody) text = RowOfTable(platform::suite::kEnglish, label);
+  return text.value_or("Label or Locale not known for user:" + user +
+                       " locale: " + std::to_string(locale_id) + " Message Code: " + label);
+}
+
   const automation::ObjectRef application = context.NamedObject("Application");
   return platform::suite::MessageManager::Of(*application).GetText(label, std::to_string(locale_id));
 }

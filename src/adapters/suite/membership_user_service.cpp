@@ -3,7 +3,9 @@
 #include "adapters/suite/suite_database.h"
 #include "automation/conversions.h"
 #include "automation/error.h"
+#include "automation/text.h"
 #include "platform/database/literals.h"
+#include "platform/locales.h"
 
 namespace talvex::adapters::suite {
 
@@ -22,6 +24,11 @@ void MembershipUserService::Open(const std::string& user, const std::string& /*s
                                  const std::string& /*script_code*/) {
   if (site_ == nullptr)
     throw Error(number::kObjectNotSet, kUserSource, "Object not set: Initialise comes before Open");
+  if (automation::Trimmed(user).empty()) {
+    user_ = user;
+    locale_id_ = platform::suite::kLocaleOfNobody;
+    return;
+  }
   SuiteDatabase database(site_->ConnectionText());
   const auto rows = database.Rows(
       "SELECT LOCALEID FROM SUITEUSER WHERE USERID=" + platform::database::TextLiteral(user), 1);

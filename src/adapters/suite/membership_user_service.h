@@ -27,10 +27,12 @@ class MembershipUserService final : public automation::Object {
                 "broken one.");
   TALVEX_METHOD(
       void, Open, (const std::string& user, const std::string& script_user, const std::string& script_code),
-      "Reads the user of that id; an unknown one raises 5. The account for looking users up is not needed "
-      "here. Before Initialise, 91 is raised.");
+      "Reads the user of that id; an unknown one raises 5. A blank id is the empty user, who stands for "
+      "nobody in particular and is in no table. The account for looking users up is not needed here. "
+      "Before Initialise, 91 is raised.");
   TALVEX_READONLY(std::int16_t, LocaleId, "LocaleId",
-                  "The id of the user's language. A user without one raises 5; before Open, 91 is raised.");
+                  "The id of the user's language; 0, which reads English, for the empty user. A user without "
+                  "one raises 5; before Open, 91 is raised.");
 
  private:
   std::shared_ptr<const Installation> installation_;

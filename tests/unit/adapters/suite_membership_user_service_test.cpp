@@ -48,7 +48,12 @@ TEST_F(SuiteMembershipUser, AUserWithoutLocaleIsAnErrorThatNamesHim) {
 
 TEST_F(SuiteMembershipUser, AnUnknownUserIsAnErrorThatNamesHim) {
   EXPECT_EQ(ErrorFor("ghost").description, "The user 'ghost' is unknown");
-  EXPECT_EQ(ErrorFor("").description, "The user '' is unknown");
+}
+
+TEST_F(SuiteMembershipUser, TheEmptyUserIsNobodyInParticularWhoeverWasOpenBefore) {
+  EXPECT_EQ(LocaleOf(""), 0);
+  EXPECT_EQ(LocaleOf("h.moreau"), 1036);
+  EXPECT_EQ(LocaleOf("  "), 0);
 }
 
 TEST_F(SuiteMembershipUser, ALocaleIdThatDoesNotFitIsAnOverflow) {

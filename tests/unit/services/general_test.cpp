@@ -321,6 +321,25 @@ TEST(GenGetI18N, AsksTheHostInsideATransactionAndTakesItsAnswerAsItIs) {
   });
 }
 
+TEST(GenGetI18N, GivesTheEmptyUserEnglishTextsWhoeverWasLookedUpBefore) {
+  WithStandIns([](StoodIn& test) {
+    test.Site().Sql("INSERT INTO SUITEUSER (USERID, LOCALEID) VALUES ('hugo', 1043)");
+    const auto texts_in_turn = [] {
+      for (const auto& [user, text] : {std::pair("", "Budget summary"),
+                                       {"hugo", "Budgetoverzicht"},
+                                       {"", "Budget summary"},
+                                       {"hugo", "Budgetoverzicht"}}) {
+        EXPECT_EQ(Gen_GetI18N(user, "SLBBU0240"), text);
+      }
+    };
+    texts_in_turn();
+    EXPECT_EQ(Gen_GetI18N("", "NONE"), "Label or Locale not known for user: locale: 0 Message Code: NONE");
+    const auto context = test.Site().Host().Transactions().Begin();
+    texts_in_turn();
+    EXPECT_EQ(ErrorNumberOf([] { static_cast<void>(Gen_GetI18N("ghost", "SLBBU0240")); }), 5);
+  });
+}
+
 TEST(GenGetI18N, FailsUnderItsName) {
   WithStandIns([](StoodIn& test) {
     test.Replace<RecordingUser>();
