@@ -90,7 +90,8 @@ class BudgetT final : public automation::Object {
       "The standard budget that a requisition line is charged to, by the line's properties: office "
       "(RequisitionRequisitionerOffice), charge type (RequisitionChargeType), and the properties that "
       "the dimension types of the office name. The most specific match with a line in force today "
-      "wins; where several budgets match alike, the one whose line began first. oBudgetCode is the "
+      "wins; where several budgets match alike, the one whose line began first, and of lines that "
+      "began together the one with the least ID. oBudgetCode is the "
       "empty text when no budget qualifies. A property that is missing raises 5. iReqId has no "
       "influence. Only reads.");
 

@@ -1,4 +1,7 @@
 // The one budget that a requisition line is charged to, found by filters on one reading of the budgets.
+#include <tuple>
+
+#include "automation/conversions.h"
 #include "automation/text.h"
 #include "ledger/budget_t.h"
 #include "ledger/selection.h"
@@ -46,6 +49,46 @@ bool FindOffice(platform::database::Recordset& types, const std::string& office)
   types.SetFilter("OFFICEDESCRIPTION = '" + office + "'");
   if (types.Eof()) types.SetFilter("OFFICEDESCRIPTION IS NULL");
   return !types.Eof();
+}
+
+// How many budgets one statement asks for: a database limits how long a condition may be, and takes more than
+// its share of time for one that is very long.
+constexpr std::size_t kPortion = 500;
+
+// The condition that a line belongs to one of the next budgets, which it passes.
+std::string NextPortion(platform::database::Recordset& budgets) {
+  constexpr std::string_view kOr = " OR ";
+  std::string criterion = "(";
+  for (std::size_t i = 0; i < kPortion && !budgets.Eof(); ++i, budgets.MoveNext()) {
+    criterion.append(" BUDGETCODE = ")
+        .append(TextLiteral(Gen_NullToString(budgets.Value("BUDGETCODE"))))
+        .append(kOr);
+  }
+  criterion.resize(criterion.size() - kOr.size());
+  return criterion + ")";
+}
+
+struct CurrentLine {
+  Date start;
+  std::int32_t id = 0;
+  std::string code;
+
+  [[nodiscard]] bool IsBefore(const CurrentLine& other) const {
+    return std::tie(start, id) < std::tie(other.start, other.id);
+  }
+};
+
+// Of lines in the order of their start dates, the first; of those that start together, the one with the least
+// ID, in whichever order the database gives them.
+std::optional<CurrentLine> FirstLine(platform::database::Recordset& lines) {
+  std::optional<CurrentLine> first;
+  for (; !lines.Eof(); lines.MoveNext()) {
+    CurrentLine line = {automation::ToDate(lines.Value("STARTDATE")), automation::ToInt32(lines.Value("ID")),
+                        Gen_NullToString(lines.Value("BUDGETCODE"))};
+    if (first && line.start != first->start) break;
+    if (!first || line.IsBefore(*first)) first = std::move(line);
+  }
+  return first;
 }
 
 }  // namespace
@@ -99,18 +142,14 @@ bool BudgetT::HasCurrentLine(const std::string& code) {
 }
 
 std::string BudgetT::PickBudgetWithCurrentLine(const RecordsetRef& budgets) {
-  constexpr std::string_view kOr = " OR ";
-  std::string criterion = "(";
-  for (; !budgets->Eof(); budgets->MoveNext()) {
-    criterion.append(" BUDGETCODE = ")
-        .append(TextLiteral(Gen_NullToString(budgets->Value("BUDGETCODE"))))
-        .append(kOr);
+  const Date today = platform::Environment::Current().clock->Now().DayOnly();
+  std::optional<CurrentLine> first;
+  while (!budgets->Eof()) {
+    const auto lines = GetCurrentBudgetLines(NextPortion(*budgets), today);
+    const auto candidate = FirstLine(*lines);
+    if (candidate && (!first || candidate->IsBefore(*first))) first = candidate;
   }
-  criterion.resize(criterion.size() - kOr.size());
-  criterion += ")";
-  const auto lines =
-      GetCurrentBudgetLines(criterion, platform::Environment::Current().clock->Now().DayOnly());
-  return lines->Eof() ? std::string() : Gen_NullToString(lines->Value("BUDGETCODE"));
+  return first ? first->code : std::string();
 }
 
 BudgetT::RecordsetRef BudgetT::GetCurrentBudgetLines(const std::string& criterion, Date date) {

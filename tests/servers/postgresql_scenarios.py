@@ -39,6 +39,9 @@ class OnPostgreSql(unittest.TestCase):
     def test_record_sets(self):
         self.assertGreaterEqual(passed(self.server.connection_string(), "StoredRecordset.*"), 4)
 
+    def test_choosing_among_very_many_budgets(self):
+        self.assertEqual(passed(self.server.connection_string(), "StoredSelection.*"), 3)
+
     def test_adapter(self):
         self.assertGreaterEqual(passed(self.server.connection_string(), "Odbc*"), 25)
 

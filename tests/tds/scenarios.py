@@ -143,6 +143,10 @@ class OnSqlServer(unittest.TestCase):
                    if not any(text in one for one in sent)]
         self.assertEqual(missing, [])
 
+    def test_7_choosing_among_very_many_budgets(self):
+        """After the look at what was sent: the parser takes minutes over conditions as long as these."""
+        self.assertEqual(passed(self.connection_string(), "StoredSelection.*"), 3)
+
     def test_what_is_no_t_sql_is_refused(self):
         self.assertEqual([text for text in [*BAD_TEXTS, "", " "] if _grammar.problem(text) is None], [])
 

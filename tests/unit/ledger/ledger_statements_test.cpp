@@ -114,6 +114,33 @@ TEST(LedgerStatements, OfSeveralMatchesAskForTheirCurrentLines) {
   });
 }
 
+TEST(LedgerStatements, OfMoreThanFiveHundredMatchesAskInPortions) {
+  WithStatements([](LedgerStatements& test, BudgetT& ledger) {
+    test.Site().Sql(
+        "WITH RECURSIVE N(I) AS (SELECT 1 UNION ALL SELECT I + 1 FROM N WHERE I < 1000) "
+        "INSERT INTO BUDGET (BUDGETCODE, BUDGETTYPE, OFFICEDESCRIPTION, CHARGETYPECODE) "
+        "SELECT 'P' || (1000 + I), 1, 'L', 'C' FROM N");
+    auto properties = Properties("L", "C");
+    std::string code;
+    static_cast<void>(test.Sent());
+    ledger.GetBudget(properties, code, std::nullopt);
+    EXPECT_EQ(code, "O'N");
+    const auto portion = [](const std::string& first, int from, int to) {
+      std::string criterion = first;
+      for (int i = from; i <= to; ++i)
+        criterion += (criterion.empty() ? "" : " OR ") + (" BUDGETCODE = 'P" + std::to_string(i) + "'");
+      return "SELECT * FROM BUDGETLINES WHERE (" + criterion +
+             ") and STARTDATE<='2026-03-16T00:00:00' AND (ENDDATE>='2026-03-16T00:00:00' OR ENDDATE IS NULL) "
+             "ORDER BY STARTDATE ";
+    };
+    const Texts sent = test.Sent();
+    ASSERT_EQ(sent.size(), 5U);
+    EXPECT_EQ(sent[2], portion(" BUDGETCODE = 'O''N'", 1001, 1499));
+    EXPECT_EQ(sent[3], portion("", 1500, 1999));
+    EXPECT_EQ(sent[4], portion("", 2000, 2000));
+  });
+}
+
 TEST(LedgerStatements, WithoutAnyStandardBudgetNoLineIsLookedFor) {
   WithStatements([](LedgerStatements& test, BudgetT& ledger) {
     test.Site().Sql("UPDATE BUDGET SET BUDGETTYPE = 2");
