@@ -12,6 +12,9 @@ namespace {
 // What one level of a walk, its statements and the handling of an error in them need at the most.
 constexpr std::size_t kStackReserve = 256UL * 1024;
 
+// No hierarchy of budgets that anybody made on purpose is as deep, however much stack there is.
+constexpr std::size_t kLongestPath = 10000;
+
 [[noreturn]] void RaiseOutOfStack(const std::string& why) {
   throw automation::Error(automation::error_number::kOutOfStackSpace, "Talvex.BudgetT",
                           "Out of stack space: " + why);
@@ -34,12 +37,17 @@ bool BudgetWalk::Enter(const std::string& code) {
     if (budget->second == Status::OnPath) RaiseOutOfStack("budget '" + code + "' is its own ancestor");
     return false;
   }
-  if (platform::Environment::Current().stack_left() < kStackReserve) {
-    RaiseOutOfStack("the hierarchy above budget '" + code + "' is too deep");
+  if (path_length_ == kLongestPath || platform::Environment::Current().stack_left() < kStackReserve) {
+    RaiseOutOfStack("the hierarchy above budget '" + code + "' is too deep: it is reached through " +
+                    std::to_string(path_length_) + " others");
   }
+  ++path_length_;
   return true;
 }
 
-void BudgetWalk::Leave(const std::string& code) { budgets_.insert_or_assign(code, Status::Walked); }
+void BudgetWalk::Leave(const std::string& code) {
+  budgets_.insert_or_assign(code, Status::Walked);
+  --path_length_;
+}
 
 }  // namespace talvex

@@ -1,6 +1,7 @@
 // The way of one posting, or one check, through the hierarchy.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -19,7 +20,7 @@ namespace talvex {
 class BudgetWalk {
  public:
   // Whether the budget is new. False for one whose ancestors were walked whole already. Raises error 28 for a
-  // loop, and when the thread is about to run out of stack.
+  // loop, for a path of more than 10,000 budgets, and when the thread is about to run out of stack.
   [[nodiscard]] bool Enter(const std::string& code);
   // The budget's ancestors are walked whole.
   void Leave(const std::string& code);
@@ -27,6 +28,7 @@ class BudgetWalk {
  private:
   enum class Status { OnPath, Walked };
   std::unordered_map<std::string, Status, automation::FoldedHash, automation::FoldedEqual> budgets_;
+  std::size_t path_length_ = 0;
 };
 
 }  // namespace talvex

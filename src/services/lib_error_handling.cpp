@@ -2,11 +2,13 @@
 
 #include <array>
 #include <charconv>
+#include <utility>
 
 #include "automation/error.h"
 #include "automation/text.h"
 #include "platform/database/connection.h"
 #include "platform/suite.h"
+#include "services/error_trace.h"
 #include "services/lib_general.h"
 
 namespace talvex::Lib_ErrorHandling {
@@ -55,7 +57,7 @@ void WriteEntry(std::string_view source, const std::string& text, std::int32_t& 
 }
 
 void LogWithoutError(std::int32_t& level, std::string_view method, const Information& information) {
-  const std::string text = Err_FormatMessage("Not an actual error", 0, method, information);
+  const std::string text = BoundedEntry(Err_FormatMessage("Not an actual error", 0, method, information));
   automation::ObjectRef log;
   try {
     log = Lib_General::gen_getComponent(platform::suite::class_name::kLog);
@@ -82,8 +84,8 @@ std::string Err_FormatMessage(std::string_view description, std::int32_t number,
 ErrorRecord Err_Capture(std::string_view method, const Information& information) {
   const ErrorState& pending = PendingError();
   return {pending.number, pending.source,
-          Err_FormatMessage(pending.description, pending.number, method, information), pending.help_file,
-          pending.help_context};
+          BoundedTrace(Err_FormatMessage(pending.description, pending.number, method, information)),
+          pending.help_file, pending.help_context};
 }
 
 void Err_Log(std::int32_t& level, std::string_view method, const Information& information) {
@@ -94,7 +96,8 @@ void Err_Log(std::int32_t& level, std::string_view method, const Information& in
     LogWithoutError(level, method, information);
     return;
   }
-  const std::string text = Err_FormatMessage(pending.description, pending.number, method, information);
+  const std::string text =
+      BoundedEntry(Err_FormatMessage(pending.description, pending.number, method, information));
   try {
     WriteEntry(pending.source, text, level);
   } catch (const automation::Error& failure) {
@@ -105,8 +108,9 @@ void Err_Log(std::int32_t& level, std::string_view method, const Information& in
 }
 
 void Err_Raise(std::string_view method, const Information& information) {
-  const ErrorRecord record = Err_Capture(method, information);
-  PendingError() = {record.Number, record.Source, record.Description, record.HelpFile, record.HelpContext};
+  ErrorRecord record = Err_Capture(method, information);
+  PendingError() = {record.Number, std::move(record.Source), std::move(record.Description),
+                    std::move(record.HelpFile), record.HelpContext};
   std::int32_t level = 0;
   Err_Log(level, method, information);
   if (record.Number != 0) throw automation::Error(PendingError());
