@@ -68,7 +68,7 @@ class Budget final : public automation::Object {
                 "The codes of all charge types, as keys and items. Only reads.");
 
   TALVEX_METHOD(std::shared_ptr<automation::Dictionary>, GetAllChargeTypes, (),
-                "The codes of all charge types, as Talvex.BudgetT lists them.");
+                "The codes of all charge types, as Talvex.BudgetT lists them; its failures pass through.");
 
   // XML
 

@@ -175,10 +175,8 @@ std::shared_ptr<Dictionary> Budget::getChargeTypeCodes() {
 }
 
 std::shared_ptr<Dictionary> Budget::GetAllChargeTypes() {
-  return Reads("Talvex.Budget.GetAllChargeTypes", [] {
-    using Codes = automation::ValueOf<std::shared_ptr<Dictionary>>;
-    return Codes::From(Lib_General::gen_getComponent("Talvex.BudgetT")->Call("GetAllChargeTypes"));
-  });
+  using Codes = automation::ValueOf<std::shared_ptr<Dictionary>>;
+  return Codes::From(Lib_General::gen_getComponent("Talvex.BudgetT")->Call("GetAllChargeTypes"));
 }
 
 }  // namespace talvex

@@ -4,6 +4,7 @@
 #include "services/frame.h"
 #include "services/lib_general.h"
 #include "services/lib_sql.h"
+#include "services/localised_texts.h"
 
 namespace talvex {
 
@@ -89,7 +90,7 @@ void BudgetT::SendBudgetSummary(const RecordsetRef& budget, const RecordsetRef& 
 }
 
 std::string BudgetT::getI18N(const std::string& user, const std::string& label) {
-  return Handled("Talvex.getI18N", [&] { return Lib_General::Gen_GetI18N(user, label); });
+  return Handled("Talvex.getI18N", [&] { return Lib_General::LookUpI18N(user, label); });
 }
 
 }  // namespace talvex

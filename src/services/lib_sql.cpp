@@ -206,6 +206,7 @@ void Sql_CloseRecordsetAndConnection(std::shared_ptr<Recordset>& recordset) {
   const std::shared_ptr<Connection> connection = recordset->ActiveConnection();
   if (recordset->State() == ObjectState::Open) recordset->Close();
   if (connection != nullptr && connection->State() == ObjectState::Open) connection->Close();
+  recordset->SetActiveConnection(nullptr);
   recordset.reset();
 }
 

@@ -1,15 +1,17 @@
+#include "services/localised_texts.h"
+
 #include <cstdint>
+#include <optional>
 #include <string>
 
-#include <optional>
 #include "automation/conversions.h"
 #include "automation/text.h"
 #include "automation/transaction_context.h"
 #include "platform/database/literals.h"
 #include "platform/database/recordset.h"
+#include "platform/locales.h"
 #include "platform/suite.h"
 #include "services/frame.h"
-#include "platform/locales.h"
 #include "services/lib_general.h"
 #include "services/lib_sql.h"
 #include "services/lib_user_lib.h"
@@ -19,9 +21,9 @@ namespace talvex::Lib_General {
 using automation::TransactionContext;
 using platform::database::NumberLiteral;
 using platform::database::TextLiteral;
+using platform::suite::kLocaleOfNobody;
 
 namespace {
-using platform::suite::kLocaleOfNobody;
 
 // The user for whom the thread last determined a locale, and that locale.
 struct UserLocale {
@@ -50,8 +52,6 @@ std::optional<std::string> RowOfTable(std::int16_t locale_id, const std::string&
   return text;
 }
 
-std::string TextFromHost(const TransactionContext& context, std::int16_t locale_id,
-                         const std::string& label) {
 std::string TextFromTable(const std::string& user, std::int16_t locale_id, const std::string& label) {
   auto text = RowOfTable(locale_id, label);
   if (!text && locale_id == kLocaleOfNobody) text = RowOfTable(platform::suite::kEnglish, label);
@@ -59,20 +59,24 @@ std::string TextFromTable(const std::string& user, std::int16_t locale_id, const
                        " locale: " + std::to_string(locale_id) + " Message Code: " + label);
 }
 
+std::string TextFromHost(const TransactionContext& context, std::int16_t locale_id,
+                         const std::string& label) {
   const automation::ObjectRef application = context.NamedObject("Application");
   return platform::suite::MessageManager::Of(*application).GetText(label, std::to_string(locale_id));
 }
 
 }  // namespace
 
+std::string LookUpI18N(const std::string& user, const std::string& label) {
+  if (automation::Trimmed(label).empty()) return {};
+  const std::int16_t locale_id = LocaleOf(user);
+  const auto* const context = TransactionContext::Current();
+  return context == nullptr ? TextFromTable(user, locale_id, label)
+                            : TextFromHost(*context, locale_id, label);
+}
+
 std::string Gen_GetI18N(const std::string& user, const std::string& label) {
-  return Handled("Lib_General.Gen_GetI18N", [&] {
-    if (automation::Trimmed(label).empty()) return std::string();
-    const std::int16_t locale_id = LocaleOf(user);
-    const auto* const context = TransactionContext::Current();
-    return context == nullptr ? TextFromTable(user, locale_id, label)
-                              : TextFromHost(*context, locale_id, label);
-  });
+  return Handled("Lib_General.Gen_GetI18N", [&] { return LookUpI18N(user, label); });
 }
 
 }  // namespace talvex::Lib_General

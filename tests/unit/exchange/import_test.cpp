@@ -251,6 +251,18 @@ TEST(Import, ListsChargeTypesAsTheLedgerDoes) {
   });
 }
 
+TEST(Import, TheLedgersListOfChargeTypesFailsUnderNoNameOfTheExchange) {
+  WithExchange([](ExchangeWorld& world) {
+    world.Site().Sql("DROP TABLE CHARGETYPES");
+    const auto raised = ErrorOf([] { static_cast<void>(Budget().GetAllChargeTypes()); });
+    EXPECT_NE(raised.description.find(
+                  "\r\n METHOD: Lib_Sql.Sql_getRecords SQL:SELECT CHARGETYPECODE FROM CHARGETYPES\r\n"),
+              std::string::npos)
+        << raised.description;
+    EXPECT_EQ(raised.description.find("Talvex.Budget"), std::string::npos) << raised.description;
+  });
+}
+
 }  // namespace
 
 }  // namespace talvex::test

@@ -55,6 +55,21 @@ TEST(Warnings, OfABudgetWithoutAHolderAreLoggedInEnglishWhoeverWasLookedUpBefore
   }
 }
 
+TEST(Warnings, ATextOfAnUnknownHolderFailsUnderOneName) {
+  OnOwnThread([] {
+    const TestInstallation site;
+    Fill(site);
+    Post("NOBODY");
+    const auto raised = ErrorOf([] { Post("GHOST"); });
+    EXPECT_EQ(raised.number, 5);
+    EXPECT_NE(
+        raised.description.find("\r\nERROR 0x5\r\n METHOD: Talvex.getI18N\r\n DESC: \r\nERROR 0x5\r\n "
+                                "METHOD: Lib_UserLib.UL_CreateUO\r\n DESC: The user 'ghost' is unknown"),
+        std::string::npos)
+        << raised.description;
+  });
+}
+
 }  // namespace
 
 }  // namespace talvex::test

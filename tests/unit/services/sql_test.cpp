@@ -272,6 +272,26 @@ TEST(SqlCloseRecordsetAndConnection, ClosesBoth) {
   });
 }
 
+TEST(SqlCloseRecordsetAndConnection, TakesTheConnectionOffTheSetForEveryHolder) {
+  WithStandIns([](StoodIn& test) {
+    TwoBudgets(test);
+    const auto connection = Lib_General::getConnection();
+    auto recordset = Sql_GetReadonlyRecordset(kBudgets, connection);
+    const auto other_holder = recordset;
+    Sql_CloseRecordsetAndConnection(recordset);
+    EXPECT_EQ(other_holder->State(), ObjectState::Closed);
+    EXPECT_EQ(other_holder->ActiveConnection(), nullptr);
+    // A closed set still lets go of the connection that it was opened on.
+    auto closed = Sql_GetReadonlyRecordset(kBudgets, Lib_General::getConnection());
+    const auto holder_of_closed = closed;
+    const auto its_connection = closed->ActiveConnection();
+    closed->Close();
+    Sql_CloseRecordsetAndConnection(closed);
+    EXPECT_EQ(its_connection->State(), ObjectState::Closed);
+    EXPECT_EQ(holder_of_closed->ActiveConnection(), nullptr);
+  });
+}
+
 }  // namespace
 
 }  // namespace talvex::test
