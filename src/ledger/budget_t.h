@@ -79,7 +79,7 @@ class BudgetT final : public automation::Object {
        std::shared_ptr<automation::Dictionary>& iBudgetHolders),
       "As CheckBudgetStructure, with the situation shown: the item of a holder is an array of the "
       "budget's code, the amount that was available on its line before, and the new amount, both in "
-      "the budget's currency.");
+      "the budget's currency. An amount available that is no currency amount raises 6.");
 
   // Selection
 

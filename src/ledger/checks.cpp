@@ -49,6 +49,41 @@ double TotalWith(double new_amount, const LineAmounts& line) {
   return line.approved + new_amount + line.sent + line.not_approved + line.received + line.closed;
 }
 
+// Who must approve an amount, or nobody (the empty text), and why. Totals stay plain numbers here: they may
+// be larger than any amount that can be handed out.
+struct Approver {
+  std::string holder;
+  double available_before = 0;
+  Currency new_amount;
+};
+
+Approver ApproverOf(const std::string& code, Date date, Currency amount, const std::string& currency_code) {
+  if (automation::Trimmed(code).empty()) return {};
+  const auto connection = Lib_General::getConnection();
+  const auto budget = connection->Execute("SELECT * FROM BUDGET WHERE BUDGETCODE=" + TextLiteral(code),
+                                          nullptr, kOptionsUnspecified);
+  const std::string day = DateLiteral(date);
+  // A line without an end date counts as open-ended, although it takes no postings.
+  const auto line =
+      connection->Execute("SELECT * FROM BUDGETLINES WHERE BUDGETCODE=" + TextLiteral(code) +
+                              " AND STARTDATE<=" + day + " AND (ENDDATE>=" + day + " OR ENDDATE IS NULL)",
+                          nullptr, kOptionsUnspecified);
+  if (line->Eof()) return {};
+  RequireBudget(code, *budget, "Talvex.CheckBudget");
+
+  const platform::suite::CurrencyConverter currency(
+      Lib_General::gen_getComponent(platform::suite::class_name::kCurrency));
+  const Currency converted =
+      currency.Convert(currency_code, Gen_NullToString(budget->Value("CURRENCYCODE")), amount, date);
+  const LineAmounts amounts = ReadLineAmounts(*line);
+  const double total = TotalWith(converted.ToDouble(), amounts);
+  const bool exceeded = amounts.budget < total;
+  const bool approval_required = Gen_NullToDouble(budget->Value("APPROVEINBUDGET")) != 0;
+  if (!exceeded && !approval_required) return {};
+  return {Gen_NullToString(budget->Value("USERID")), amounts.budget - (total - converted.ToDouble()),
+          converted};
+}
+
 }  // namespace
 
 void BudgetT::CheckBudgetStructure(const std::string& iBudgetCode, Date iDate, double iNewAmnt,
@@ -76,41 +111,17 @@ void BudgetT::SimCheckBudgetStructure(const std::string& iBudgetCode, Date iDate
 
 std::string BudgetT::CheckBudget(const std::string& code, Date date, Currency amount,
                                  const std::string& currency_code) {
-  Currency available_before;
-  Currency new_amount;
-  return SimCheckBudget(code, date, amount, currency_code, available_before, new_amount);
+  return ApproverOf(code, date, amount, currency_code).holder;
 }
 
 std::string BudgetT::SimCheckBudget(const std::string& code, Date date, Currency amount,
                                     const std::string& currency_code, Currency& available_before,
                                     Currency& new_amount) {
-  if (automation::Trimmed(code).empty()) return {};
-  const auto connection = Lib_General::getConnection();
-  const auto budget = connection->Execute("SELECT * FROM BUDGET WHERE BUDGETCODE=" + TextLiteral(code),
-                                          nullptr, kOptionsUnspecified);
-  const std::string day = DateLiteral(date);
-  // A line without an end date counts as open-ended, although it takes no postings.
-  const auto line =
-      connection->Execute("SELECT * FROM BUDGETLINES WHERE BUDGETCODE=" + TextLiteral(code) +
-                              " AND STARTDATE<=" + day + " AND (ENDDATE>=" + day + " OR ENDDATE IS NULL)",
-                          nullptr, kOptionsUnspecified);
-  if (line->Eof()) return {};
-  RequireBudget(code, *budget, "Talvex.CheckBudget");
-
-  const platform::suite::CurrencyConverter currency(
-      Lib_General::gen_getComponent(platform::suite::class_name::kCurrency));
-  const Currency converted =
-      currency.Convert(currency_code, Gen_NullToString(budget->Value("CURRENCYCODE")), amount, date);
-  const LineAmounts amounts = ReadLineAmounts(*line);
-  const double total = TotalWith(converted.ToDouble(), amounts);
-  const bool exceeded = amounts.budget < total;
-  const bool approval_required = Gen_NullToDouble(budget->Value("APPROVEINBUDGET")) != 0;
-  std::string holder = Gen_NullToString(budget->Value("USERID"));
-  if (holder.empty() || !(exceeded || approval_required)) return {};
-
-  available_before = Currency::FromDouble(amounts.budget - (total - converted.ToDouble()));
-  new_amount = converted;
-  return holder;
+  const Approver approver = ApproverOf(code, date, amount, currency_code);
+  if (approver.holder.empty()) return {};
+  available_before = Currency::FromDouble(approver.available_before);
+  new_amount = approver.new_amount;
+  return approver.holder;
 }
 
 }  // namespace talvex
