@@ -45,8 +45,10 @@ class BudgetT final : public automation::Object {
       "available, and mails the budget holder when a warning step is crossed. A negative amount takes back. "
       "Returns the ID of the budget's own line, or -1 when it has none that takes postings on the date (a "
       "line "
-      "without an end date takes none); the ancestors are posted all the same. Writes BUDGETLINES. Raises "
-      "BudgetTypeNotFound for an unknown type and 28 for a loop in the hierarchy.");
+      "without an end date takes none, nor does one whose budget has no header row); the ancestors are "
+      "posted "
+      "all the same. Writes BUDGETLINES. Raises BudgetTypeNotFound for an unknown type, and 28 for a loop in "
+      "the hierarchy or one deeper than 10,000 levels.");
 
   TALVEX_METHOD(
       std::int16_t, RepostAllBudgets, (),
@@ -70,8 +72,9 @@ class BudgetT final : public automation::Object {
       "and of every ancestor, that the amount would overspend or that always requires approval. Each "
       "holder is added to iBudgetHolders once (a new dictionary when none is given) under the user's "
       "id, with the code of the budget that was met first: the budget itself before its parents, a "
-      "parent's ancestors before the next parent. A budget without a line in force on the date, or "
-      "without a holder, needs no approval. Only reads. Raises 28 for a loop in the hierarchy.");
+      "parent's ancestors before the next parent. A budget without a line in force on the date, without "
+      "a header row or without a holder needs no approval. Only reads. Raises 28 for a loop in the "
+      "hierarchy or one deeper than 10,000 levels, and 6 for a new amount that is no currency amount.");
 
   TALVEX_METHOD(
       void, SimCheckBudgetStructure,
@@ -121,14 +124,16 @@ class BudgetT final : public automation::Object {
        const automation::Array& iValues),
       "Adds a line to a budget and computes what is available, which may mail the budget holder. The "
       "database numbers the line: iID, and an ID in the lists, are passed over. A BUDGETCODE in the "
-      "lists goes before iBudgetCode. Writes BUDGETLINES.");
+      "lists goes before iBudgetCode. Writes BUDGETLINES. A budget that does not exist raises "
+      "BudgetNotFound, and nothing is written.");
 
   TALVEX_METHOD(void, UpdateLine,
                 (const std::string& iBudgetCode, std::int32_t iID, const automation::Array& iFields,
                  const automation::Array& iValues),
                 "Changes a line and computes what is available, which may mail the budget holder. An ID or a "
                 "BUDGETCODE in the lists is passed over: a line never moves. Writes BUDGETLINES. A line that "
-                "does not exist raises 3021.");
+                "does not exist raises 3021, one whose budget does not exist BudgetNotFound; nothing is "
+                "written then.");
 
   TALVEX_METHOD(void, Delete, (const std::string& iBudgetCode),
                 "Deletes a budget, its lines, and its relations as parent and as child. Writes BUDGETLINES, "
@@ -246,8 +251,7 @@ class BudgetT final : public automation::Object {
   std::int32_t PostToBudgetStructure(const std::string& code, const Posting& posting, BudgetWalk& walk);
   void ParentPost(const std::string& code, const Posting& posting, BudgetWalk& walk);
   std::int32_t PostToLine(const std::string& code, const Posting& posting);
-  static void AddToTotal(const std::string& code, const Posting& posting, const RecordsetRef& budget,
-                         const RecordsetRef& line);
+  static void AddToTotal(const Posting& posting, const RecordsetRef& budget, const RecordsetRef& line);
   [[nodiscard]] static double ConvertToBudgetCurrency(const platform::suite::CurrencyConverter& currency,
                                                       const std::string& currency_code,
                                                       const RecordsetRef& budget, double amount,

@@ -50,6 +50,16 @@ void RequireRow(const Recordset& recordset, const std::string& what) {
   throw Error(automation::error_number::kNoCurrentRow, "Talvex.BudgetT", what + " does not exist");
 }
 
+// Without a header row a line would have neither currency nor holder, and belong to no budget.
+void RequireHeader(const std::shared_ptr<platform::database::Connection>& connection,
+                   const std::string& code) {
+  const auto budget = Lib_SQL::Sql_GetReadonlyRecordset(
+      "select * from BUDGET where BUDGETCODE=" + TextLiteral(code), connection);
+  if (!budget->Eof()) return;
+  throw Error(static_cast<std::int32_t>(TalvexErrors::BudgetNotFound), "Talvex.BudgetT",
+              "Budget '" + code + "' does not exist: insert it before its lines");
+}
+
 }  // namespace
 
 void BudgetT::Insert(const std::string& iBudgetCode, Array& iFields, Array& iValues) {
@@ -112,6 +122,7 @@ void BudgetT::InsertUpdateLine(const std::string& code, std::int32_t id, const A
       const bool skipped = SameFolded(name, "ID") || (mode == Mode::Update && SameFolded(name, "BUDGETCODE"));
       if (!skipped) line->SetValue(name, values.At(i));
     }
+    RequireHeader(connection, Lib_General::Gen_NullToString(line->Value("BUDGETCODE")));
     SetBudgetAvailable(line);
     line->Update(std::nullopt, std::nullopt);
     Lib_SQL::CloseRecordset(line);

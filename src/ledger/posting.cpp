@@ -1,6 +1,5 @@
 #include "automation/decimal.h"
 #include "automation/text.h"
-#include "ledger/budget_row.h"
 #include "ledger/budget_t.h"
 #include "ledger/budget_walk.h"
 #include "platform/database/literals.h"
@@ -101,9 +100,10 @@ std::int32_t BudgetT::PostToLine(const std::string& code, const Posting& posting
                  " AND ENDDATE>=" + date,
              connection, CursorType::Static, LockType::BatchOptimistic, kOptionsText);
   line->SetActiveConnection(nullptr);
-  if (line->Eof()) return kNoLine;
+  // A line without a header row belongs to no budget: it has no currency to convert into.
+  if (line->Eof() || budget->Eof()) return kNoLine;
 
-  AddToTotal(code, posting, budget, line);
+  AddToTotal(posting, budget, line);
   Lib_SQL::CloseRecordset(budget);
   Lib_General::Gen_CloseConnection(connection);
   SetBudgetAvailable(line);
@@ -116,11 +116,9 @@ std::int32_t BudgetT::PostToLine(const std::string& code, const Posting& posting
   return line_id;
 }
 
-void BudgetT::AddToTotal(const std::string& code, const Posting& posting, const RecordsetRef& budget,
-                         const RecordsetRef& line) {
+void BudgetT::AddToTotal(const Posting& posting, const RecordsetRef& budget, const RecordsetRef& line) {
   const CurrencyConverter currency(gen_getComponent(platform::suite::class_name::kCurrency));
   const std::string_view total = TotalColumn(posting.type);
-  RequireBudget(code, *budget, "Talvex.PostToBudgetStructure");
   const double before = Gen_NullToDouble(line->Value(total));
   line->SetValue(total, before + ConvertToBudgetCurrency(currency, posting.currency_code, budget,
                                                          posting.amount, posting.date));

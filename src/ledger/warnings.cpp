@@ -52,6 +52,7 @@ void BudgetT::checkbudgetwarning(double percentage_before, double percentage_aft
         connection->Execute("SELECT BUDGETWARNING, USERID, CURRENCYCODE FROM BUDGET WHERE BUDGETCODE=" +
                                 TextLiteral(Gen_NullToString(line->Value("BUDGETCODE"))),
                             nullptr, platform::database::kOptionsUnspecified);
+    if (budget->Eof()) return;  // A line without a header row has nobody to warn.
     const Variant step = budget->Value("BUDGETWARNING");
     if (Round(percentage_after, 0) != 100 && step.IsNull()) return;
     if (!WarningMailsAreOn(connection)) return;

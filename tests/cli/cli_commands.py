@@ -166,7 +166,7 @@ class Verify(SampleTest):
         self.talvex("post", "IT-CLOUD", "123.45", "GBP", "--type", "send")
         self.talvex("post", "MKT-JAPAN", "9876543", "JPY", "--type", "Closed")
         self.assertEqual(self.talvex("verify").stdout, "29 lines, all right\n")
-        self.assertEqual(self.ask("verify"), {"lines": 29, "drifts": []})
+        self.assertEqual(self.ask("verify"), {"lines": 29, "drifts": [], "withoutBudget": []})
 
     def test_names_a_line_that_was_tampered_with(self):
         self.sql("UPDATE BUDGETLINES SET AVAILABLEAMNT = 99999 WHERE ID = 5")
@@ -180,6 +180,19 @@ class Verify(SampleTest):
                          [("IT-CLOUD", 3), ("IT-HW-AMS", 5)])
         self.assertEqual(drifts[1]["stored"], {"available": 99999, "availableFraction": 0.5})
         self.assertEqual(drifts[1]["expected"], {"available": 30000, "availableFraction": 0.5})
+
+    def test_names_a_line_whose_budget_does_not_exist(self):
+        self.sql("INSERT INTO BUDGETLINES (BUDGETCODE, BUDGETAMNT, AVAILABLEAMNT, AVAILABLEPERC) "
+                 "VALUES ('it-cloud', 1, 1, 1), ('STRAY', 1, 1, 1), ('STRAY', 1, 7, 1)")
+        found = self.ask("verify", status=NO)
+        self.assertEqual(found["withoutBudget"], [{"budget": "STRAY", "line": 31}, {"budget": "STRAY", "line": 32}])
+        self.assertEqual([(drift["budget"], drift["line"]) for drift in found["drifts"]], [("STRAY", 32)])
+        self.sql("UPDATE BUDGETLINES SET AVAILABLEAMNT = 1 WHERE ID = 32")
+        self.assertEqual(self.talvex("verify", status=NO).stdout,
+                         "32 lines, 2 whose budget does not exist, so that nothing can be posted to it:\n"
+                         "  Budget  Line\n"
+                         "  STRAY     31\n"
+                         "  STRAY     32\n")
 
 
 class CommonToAllCommands(SampleTest):

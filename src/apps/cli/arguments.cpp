@@ -232,7 +232,9 @@ class Grammar {
   }
 
   void AddVerify() {
-    AddPlain("verify", "Recompute what is available on every line and report what differs", &RunVerify);
+    AddPlain("verify",
+             "Recompute what is available on every line, and report what differs and lines without a budget",
+             &RunVerify);
   }
 
   void AddDescribe() {

@@ -10,6 +10,7 @@ namespace talvex::apps {
 namespace {
 
 using component::LineDrift;
+using component::LineWithoutBudget;
 
 Json DriftJson(const LineDrift& drift) {
   return {
@@ -35,24 +36,45 @@ Table DriftTable(const std::vector<LineDrift>& drifts) {
   return table;
 }
 
+Json Found(const component::Verification& found) {
+  Json drifts = Json::array();
+  for (const LineDrift& drift : found.drifts) drifts.push_back(DriftJson(drift));
+  Json without_budget = Json::array();
+  for (const LineWithoutBudget& line : found.without_budget)
+    without_budget.push_back({{"budget", line.budget_code}, {"line", line.line_id}});
+  return {
+      {"lines", found.lines}, {"drifts", std::move(drifts)}, {"withoutBudget", std::move(without_budget)}};
+}
+
+Table WithoutBudgetTable(const std::vector<LineWithoutBudget>& lines) {
+  Table table;
+  table.Add({{"Budget"}, RightCell("Line")});
+  for (const LineWithoutBudget& line : lines)
+    table.Add({{Printable(line.budget_code)}, RightCell(std::to_string(line.line_id))});
+  return table;
+}
+
 }  // namespace
 
 ExitStatus RunVerify(Session& session) {
   const component::Verification found = component::VerifyLines(session.Host().Connect());
-  const ExitStatus status = found.drifts.empty() ? ExitStatus::Done : ExitStatus::No;
+  const ExitStatus status = found.AllRight() ? ExitStatus::Done : ExitStatus::No;
   if (session.Options().json) {
-    Json drifts = Json::array();
-    for (const LineDrift& drift : found.drifts) drifts.push_back(DriftJson(drift));
-    session.Print({{"lines", found.lines}, {"drifts", std::move(drifts)}});
+    session.Print(Found(found));
     return status;
   }
-  if (found.drifts.empty()) {
-    session.Out() << Lines(found.lines) << ", all right\n";
-    return status;
+  std::ostream& out = session.Out();
+  if (found.AllRight()) out << Lines(found.lines) << ", all right\n";
+  if (!found.drifts.empty()) {
+    out << Lines(found.lines) << ", " << found.drifts.size()
+        << " whose available amount is not what its totals say:\n"
+        << DriftTable(found.drifts).ToText(session.Look(), "  ");
   }
-  session.Out() << Lines(found.lines) << ", " << found.drifts.size()
-                << " whose available amount is not what its totals say:\n"
-                << DriftTable(found.drifts).ToText(session.Look(), "  ");
+  if (!found.without_budget.empty()) {
+    out << Lines(found.lines) << ", " << found.without_budget.size()
+        << " whose budget does not exist, so that nothing can be posted to it:\n"
+        << WithoutBudgetTable(found.without_budget).ToText(session.Look(), "  ");
+  }
   return status;
 }
 

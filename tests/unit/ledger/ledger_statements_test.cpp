@@ -223,7 +223,10 @@ TEST(LedgerStatements, OfMaintenance) {
     ledger.Update("N", fields, values);
     EXPECT_EQ(test.Sent().front(), "select * from BUDGET where BUDGETCODE='N'");
     ledger.InsertLine("O'N", 5, Array({"BUDGETAMNT"}), Array({0.0}));
-    EXPECT_EQ(test.Sent().front(), "select * from BUDGETLINES where 0=1");
+    EXPECT_EQ(test.Sent(),
+              (Texts{"select * from BUDGETLINES where 0=1", "select * from BUDGET where BUDGETCODE='O''N'",
+                     "INSERT INTO BUDGETLINES (BUDGETCODE, BUDGETAMNT, AVAILABLEAMNT, AVAILABLEPERC) VALUES "
+                     "(?, ?, ?, ?)"}));
     ledger.UpdateLine("O'N", 2, Array({"BUDGETAMNT"}), Array({0.0}));
     EXPECT_EQ(test.Sent().front(), "select * from BUDGETLINES where BUDGETCODE='O''N' AND ID=2");
     ledger.InsertDimension("L", Array(), Array());
