@@ -13,7 +13,7 @@ namespace {
 constexpr int kFractionPlaces = 4;
 constexpr double kLargestFraction = 999.9999;
 
-double HeldWithinColumn(double fraction) {
+double HeldWithinLimits(double fraction) {
   const double rounded = automation::Round(fraction, kFractionPlaces);
   if (rounded > kLargestFraction) return kLargestFraction;
   if (rounded < -kLargestFraction) return -kLargestFraction;
@@ -25,7 +25,7 @@ double HeldWithinColumn(double fraction) {
 Availability AvailabilityOf(const LineAmounts& line) {
   const double used = line.approved + line.sent + line.not_approved + line.received + line.closed;
   const double left = line.budget - used;
-  return {left, line.budget == 0 ? 0 : HeldWithinColumn(left / line.budget)};
+  return {left, line.budget == 0 ? 0 : HeldWithinLimits(left / line.budget)};
 }
 
 void BudgetT::SetBudgetAvailable(RecordsetRef& iRS) {

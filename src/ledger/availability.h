@@ -19,8 +19,7 @@ struct Availability {
 };
 
 // Every state of a requisition counts as used. The fraction is 0 for a line that grants nothing; it is
-// rounded to four decimals, half to even, and held within -999.9999 and 999.9999, which is what the column
-// takes.
+// rounded to four decimals, half to even, and held within -999.9999 and 999.9999.
 [[nodiscard]] Availability AvailabilityOf(const LineAmounts& line);
 
 }  // namespace talvex

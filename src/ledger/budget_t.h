@@ -22,7 +22,8 @@ class BudgetWalk;
 
 // The public class "Talvex.BudgetT". It keeps no state between calls: every method opens what it needs, works
 // inside the caller's transaction when there is one, and releases everything before it returns. Failures are
-// logged, vote abort, and are raised with the whole chain of calls in their description.
+// logged, vote abort, and are raised with the chain of calls in their description; those of GetAllBudgets,
+// GetAllChargeTypes and GetXMLTagValue pass through as they are.
 class BudgetT final : public automation::Object {
   TALVEX_CLASS(BudgetT, "Talvex.BudgetT",
                "The budget ledger: budgets, their lines and running totals, and their hierarchy.");
@@ -52,8 +53,10 @@ class BudgetT final : public automation::Object {
 
   TALVEX_METHOD(
       std::int16_t, RepostAllBudgets, (),
-      "Sets the totals of all current lines to 0, the closed total excepted: closed amounts survive a reset. "
-      "Recomputes what is available. Returns how many lines were reset; more than 32767 raise 6. Writes "
+      "Sets the totals of every line that has an end date to 0, long-expired ones too, the closed total "
+      "excepted: closed amounts survive a reset. Lines without an end date are left as they are. Recomputes "
+      "what is available, which may mail budget holders. Returns how many lines were reset; more than 32767 "
+      "raise 6. Writes "
       "BUDGETLINES.");
 
   TALVEX_METHOD(void, SetBudgetAvailable, (std::shared_ptr<platform::database::Recordset> & iRS),

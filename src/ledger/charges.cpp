@@ -46,7 +46,7 @@ bool HoldsCharge(Recordset& charges, const Variant& office, const Variant& budge
   return false;
 }
 
-// A record that is referred to must stay. The text speaks of an insert, as the checker's own does.
+// A record that is referred to must stay. The text speaks of an insert although this is a delete.
 void RequireUnused(const std::string& charge_type) {
   if (NewReferentialChecker().MayDelete("CHARGETYPE", Array({"CHARGETYPECODE"}), Array({charge_type})))
     return;

@@ -48,7 +48,7 @@ std::shared_ptr<platform::database::Recordset> TypesOf(const std::string& office
 
 std::shared_ptr<Dictionary> BudgetT::GetRelevantBudget(std::shared_ptr<Collection> iDBLinks,
                                                        std::string& iAdminOffice, std::string& iChargeType) {
-  // The failures of this operation carry the name of another one: monitors know them by it.
+  // The failures of this operation carry the name of another one on purpose.
   return Reads("Talvex.BudgetT.getAllStandardBudgets", [&] {
     Collection& properties = Required(iDBLinks, "the requisition's properties", "Talvex.BudgetT");
     const auto connection = Lib_General::getConnection();

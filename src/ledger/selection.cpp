@@ -50,8 +50,7 @@ std::vector<std::size_t> CombinationsFor(const Dimensions& values) {
 }
 
 std::string DimensionCriterion(std::size_t combination, const Dimensions& literals) {
-  // One blank is missing where all three are left out; the text is kept as callers' logs have always shown
-  // it.
+  // The blank that is missing where all three are left out is part of the text.
   if (combination == kCombinations - 1)
     return " AND BUDGETDIMENSION1 = '' AND BUDGETDIMENSION2 ='' AND BUDGETDIMENSION3 = ''";
   std::string criterion;

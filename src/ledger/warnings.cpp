@@ -35,7 +35,7 @@ bool WarningMailsAreOn(const std::shared_ptr<Connection>& connection) {
 double Band(double percentage, double step) { return Round((step * 0.5 - 1 + percentage) / step, 0); }
 
 // Whether the change of a line's available percentage is worth a mail: the line was just used up, or it has
-// fallen into another band. A rise never is.
+// fallen into a lower band. A rise is not, except that of an overdrawn line to one that is just used up.
 bool CallsForMail(double before, double after, const Variant& step) {
   if (Round(after, 0) == 0 && Round(before, 0) != 0) return true;
   const double size = Gen_NullToDouble(step);

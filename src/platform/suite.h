@@ -22,7 +22,7 @@ inline constexpr std::string_view kSuiteUser = "Mirelo.User";
 inline constexpr std::string_view kMembershipUser = "Pellory.User";
 }  // namespace class_name
 
-// One service object. Holding it keeps the object; a service that is not set raises 91 when it is called.
+// One service object, kept for as long as this is. Made from an object that is not set, it raises 91.
 class Service {
  public:
   explicit Service(automation::ObjectRef object);

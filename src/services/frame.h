@@ -1,4 +1,4 @@
-// The frame around every method: error handler, transaction vote, log, raise.
+// The frame around methods and procedures: error handler, transaction vote, log, raise.
 //
 //   std::int32_t BudgetT::PostToBudget(...) {
 //     return Writes("Talvex.BudgetT.PostToBudget", [&] { ... });

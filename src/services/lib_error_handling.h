@@ -1,5 +1,4 @@
-// Capturing, formatting, logging and raising errors: the one way in which every method of the component
-// fails.
+// Capturing, formatting, logging and raising errors: how the methods that have a handler fail.
 #pragma once
 
 #include <cstdint>
@@ -31,24 +30,26 @@ using Information = std::optional<automation::Variant>;
 [[nodiscard]] std::string Err_FormatMessage(std::string_view description, std::int32_t number,
                                             std::string_view method, const Information& information);
 
-// The pending error as a record.
+// The pending error as a record. Its description is at most 64 KB long: a longer one keeps its first and its
+// last levels and says between them how many were left out.
 [[nodiscard]] ErrorRecord Err_Capture(std::string_view method, const Information& information);
 
 // Writes one entry for the pending error to the suite log, its text formatted around the description as it
-// stands. With no error pending, the entry says "Not an actual error", and a log that cannot be created is
-// passed over in silence. While the thread is busy with the log already, nothing happens. When the log fails
-// on a real error, that failure is raised, and its description ends with the text of the error that was to be
+// stands; of more than 32 levels, or 64 KB, the first and the last ones, with the number of those left out.
+// With no error pending, the entry says "Not an actual error", and a log that cannot be created is passed
+// over in silence. While the thread is busy with the log already, nothing happens. When the log fails on a
+// real error, that failure is raised, and its description ends with the text of the error that was to be
 // logged.
 void Err_Log(std::int32_t& level, std::string_view method, const Information& information);
 
-// What every handler ends in: logs the pending error with level 0 and raises it again, its description now
-// the error text around the old one, so that the outermost caller reads the whole chain of calls. Returns,
-// having logged, when no error is pending.
+// What every handler ends in. Puts the error text around the pending error's description, logs the pending
+// error with level 0 (the entry therefore shows this level twice), and raises it, so that the outermost
+// caller reads the chain of calls. With no error pending it logs and returns.
 void Err_Raise(std::string_view method, const Information& information = std::nullopt);
 
-// The errors that a connection's database reported, as one text: "Error(s) from connection object:
-// (1)<description>
-// [<number>] (2)..."; the empty text when `conn` is empty, not a connection, or has no errors.
+// The errors that a connection's database reported, as one text: "Error(s) from connection object: ", and for
+// each " (1)<description>[<number>]", counted from 1. The empty text when `conn` is empty, not a connection,
+// or has no errors.
 [[nodiscard]] std::string Err_ConnectionErrors(const automation::Variant& conn);
 
 // Appends a line break, `first`, "-" and `second`.

@@ -1,5 +1,6 @@
-// The small, fixed set of ways in which the component runs SQL. All record sets are kept at the client. Every
-// failure is raised with the provider errors of the connection and the statement in its information text.
+// The small, fixed set of ways in which the component runs SQL. All record sets are kept at the client. A
+// failure names the statement: in its information text, after the provider errors where record sets are
+// opened, or in the method's name where dictionaries are read.
 #pragma once
 
 #include <memory>
@@ -51,7 +52,8 @@ std::shared_ptr<Recordset> Sql_ExecuteSQL(const std::string& sql);
 // released. Inside a handler the pending error survives, whatever happens here.
 void CloseRecordset(std::shared_ptr<Recordset>& recordset);
 
-// Closes a record set and its connection, and releases the reference. Has no handler.
+// Closes a record set and its connection, takes the connection off the set, whoever else holds the set, and
+// releases the reference. A clone is a set of its own and keeps the connection, closed. Has no handler.
 void Sql_CloseRecordsetAndConnection(std::shared_ptr<Recordset>& recordset);
 
 }  // namespace talvex::Lib_SQL

@@ -10,8 +10,8 @@ using platform::suite::MembershipUser;
 
 namespace {
 
-// Both objects are made directly, not through the transaction context: the user directory takes part in no
-// transaction.
+// Both objects are made directly, not through the transaction context: a user directory need not know of
+// transactions.
 automation::ObjectRef CreateDirectly(std::string_view class_name) {
   return platform::Environment::Current().classes->Create(class_name);
 }
