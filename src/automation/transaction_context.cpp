@@ -10,7 +10,8 @@ thread_local TransactionContext* current_context = nullptr;
 
 }  // namespace
 
-TransactionContext::TransactionContext(const ClassRegistry& classes) : classes_(classes) {
+TransactionContext::TransactionContext(const ClassRegistry& classes, TransactionKind kind)
+    : classes_(classes), kind_(kind) {
   if (current_context != nullptr) {
     throw Error(error_number::kInvalidCall, kAutomationSource,
                 "Invalid procedure call: the thread is in a transaction already");
@@ -31,7 +32,7 @@ void TransactionContext::Offer(std::string_view name, ObjectRef object) {
 
 ObjectRef TransactionContext::NamedObject(std::string_view name) const {
   const auto found = named_.find(name);
-  if (found == named_.end()) {
+  if (found == named_.end() || found->second == nullptr) {
     throw Error(error_number::kInvalidCall, kAutomationSource,
                 "Invalid procedure call: the host offers no object '" + std::string(name) + "'");
   }

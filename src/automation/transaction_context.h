@@ -12,6 +12,10 @@
 
 namespace talvex::automation {
 
+// What a transaction is for. A reading one sees one state of the database, keeps no writer waiting, and
+// refuses to write.
+enum class TransactionKind { Writing, Reading };
+
 // What everything that runs under one transaction of the calling thread shares: the votes, the objects that
 // the host offers by name, and the resources (a database session) whose work is kept or undone as one.
 //
@@ -30,7 +34,7 @@ class TransactionContext {
   };
 
   // Raises 5 when the thread has a context already. `classes` must outlive the context.
-  explicit TransactionContext(const ClassRegistry& classes);
+  explicit TransactionContext(const ClassRegistry& classes, TransactionKind kind = TransactionKind::Writing);
   // Rolls back whatever neither Commit nor Rollback has ended.
   ~TransactionContext();
   TransactionContext(const TransactionContext&) = delete;
@@ -38,6 +42,8 @@ class TransactionContext {
 
   // The context that the calling thread is in; null outside a host.
   [[nodiscard]] static TransactionContext* Current() noexcept;
+
+  [[nodiscard]] TransactionKind Kind() const noexcept { return kind_; }
 
   // A new object that takes part in the transaction.
   [[nodiscard]] ObjectRef CreateInstance(std::string_view class_name) const {
@@ -54,7 +60,8 @@ class TransactionContext {
   void NoteConflict() noexcept { conflict_ = true; }
   [[nodiscard]] bool HadConflict() const noexcept { return conflict_; }
 
-  // Objects that the host shares, such as "Application". Raises 5 for a name that the host does not offer.
+  // Objects that the host shares, such as "Application". Raises 5 for a name that the host does not offer, or
+  // offers no object under.
   void Offer(std::string_view name, ObjectRef object);
   [[nodiscard]] ObjectRef NamedObject(std::string_view name) const;
 
@@ -67,8 +74,8 @@ class TransactionContext {
   void OnCompletion(std::function<void(bool committed)> callback);
 
   // Ends the transaction, in the votes' sense for Commit: it keeps the work and returns true, or, after a
-  // vote for abort, undoes it and returns false. Raises what a resource raises that cannot keep its work; all
-  // is undone then.
+  // vote for abort, undoes it and returns false. Raises what a resource raises that cannot keep its work; its
+  // work is undone then, and that of the resources behind it.
   bool Commit();
   void Rollback() noexcept;
 
@@ -76,6 +83,7 @@ class TransactionContext {
   void Finish(bool committed) noexcept;
 
   const ClassRegistry& classes_;
+  TransactionKind kind_;
   bool aborted_ = false;
   bool conflict_ = false;
   std::map<std::string, ObjectRef, std::less<>> named_;

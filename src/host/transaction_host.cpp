@@ -27,8 +27,8 @@ void WaitBeforeAttempt(int attempt) {
 
 TransactionHost::TransactionHost(automation::ObjectRef application) : application_(std::move(application)) {}
 
-std::unique_ptr<TransactionContext> TransactionHost::Begin() const {
-  auto context = std::make_unique<TransactionContext>(*platform::Environment::Current().classes);
+std::unique_ptr<TransactionContext> TransactionHost::Begin(automation::TransactionKind kind) const {
+  auto context = std::make_unique<TransactionContext>(*platform::Environment::Current().classes, kind);
   context->Offer("Application", application_);
   return context;
 }
@@ -48,6 +48,11 @@ Outcome TransactionHost::RunWithRetry(const std::function<void()>& body, int att
     context->Rollback();
     WaitBeforeAttempt(attempt);
   }
+}
+
+void TransactionHost::RunReading(const std::function<void()>& body) const {
+  const auto context = Begin(automation::TransactionKind::Reading);
+  static_cast<void>(RunIn(*context, body));
 }
 
 }  // namespace talvex::host

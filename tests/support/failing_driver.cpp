@@ -29,6 +29,11 @@ class FailingSession final : public Session {
     inner_->Begin();
   }
 
+  void BeginReading() override {
+    script_->Pass("BEGIN");
+    inner_->BeginReading();
+  }
+
   void Commit() override {
     try {
       script_->Pass("COMMIT");

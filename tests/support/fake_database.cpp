@@ -21,6 +21,7 @@ class FakeSession final : public db::Session {
     return database_->Answer(statement);
   }
   void Begin() override { database_->Note("begin"); }
+  void BeginReading() override { database_->Note("begin reading"); }
   void Commit() override { database_->Note("commit"); }
   void Rollback() noexcept override { database_->events.emplace_back("rollback"); }
 

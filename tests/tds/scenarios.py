@@ -116,6 +116,11 @@ class OnSqlServer(unittest.TestCase):
     def test_3_record_sets(self):
         self.assertGreaterEqual(passed(self.connection_string(), "StoredRecordset.*"), 4)
 
+    def test_3_reading_transactions(self):
+        # At READ COMMITTED there is no snapshot.
+        filter_text = "ReadingTransaction.*-ReadingTransaction.SeesOneState*"
+        self.assertGreaterEqual(passed(self.connection_string(), filter_text), 2)
+
     def test_4_commands(self):
         """Listings, and what goes into workbooks and comes out of them, are in no scenario."""
         with tempfile.TemporaryDirectory() as site:

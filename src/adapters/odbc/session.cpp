@@ -95,6 +95,7 @@ Result OdbcSession::Execute(std::string_view text, std::span<const Variant> para
   if (IsAnswered(text)) return {};
   RequireLiveTransaction();
   const SqlVerb verb = shape_.Verb();
+  if (reads_only_ && verb != SqlVerb::Select && verb != SqlVerb::Set) platform::database::RefuseToWrite();
   return Noting([&] {
     // What a transaction is to be like must be said before all else, savepoints included.
     if (verb != SqlVerb::Set || savepoints_.Any()) BeforeStatement();
@@ -223,6 +224,19 @@ void OdbcSession::Begin() {
   savepoints_.Begin();
 }
 
+// The snapshot is taken by the first query, so one is sent along.
+void OdbcSession::BeginReading() {
+  Begin();
+  reads_only_ = true;
+  if (server_ != Server::PostgreSql) return;
+  try {
+    Noting([&] { connection_.Run("SET TRANSACTION ISOLATION LEVEL REPEATABLE READ READ ONLY;SELECT 1"); });
+  } catch (...) {
+    Rollback();
+    throw;
+  }
+}
+
 void OdbcSession::Commit() {
   if (!in_transaction_) throw Fault(FaultKind::Other, 3902, "25000", "There is no transaction to commit");
   try {
@@ -230,7 +244,7 @@ void OdbcSession::Commit() {
     RequireKept();
     connection_.EndTransaction(SQL_COMMIT);
     connection_.SetAutocommit(true);
-    in_transaction_ = false;
+    in_transaction_ = reads_only_ = false;
   } catch (...) {
     Rollback();
     throw;
@@ -250,7 +264,7 @@ void OdbcSession::Rollback() noexcept {
       connection_.EndTransaction(SQL_ROLLBACK);
       connection_.SetAutocommit(true);
     }
-    in_transaction_ = false;
+    in_transaction_ = reads_only_ = false;
   } catch (...) {
     // The session stays in its transaction, so it is not usable; closing it undoes what is left.
     return;

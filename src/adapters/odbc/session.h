@@ -42,6 +42,9 @@ class OdbcSession final : public platform::database::Session {
   platform::database::Result Execute(std::string_view text, std::span<const automation::Variant> parameters,
                                      std::size_t most_rows) override;
   void Begin() override;
+  // On PostgreSQL one snapshot of the database. Any other server reads at READ COMMITTED, each statement by
+  // itself; that it keeps no writer waiting is up to the settings of the database.
+  void BeginReading() override;
   void Commit() override;
   void Rollback() noexcept override;
   [[nodiscard]] std::shared_ptr<const platform::database::TableInfo> Table(std::string_view name) override;
@@ -78,8 +81,9 @@ class OdbcSession final : public platform::database::Session {
   platform::database::StatementCache<Statement> statements_;
   std::unordered_map<std::string, TableRef, automation::FoldedHash, automation::FoldedEqual> tables_;
   bool in_transaction_ = false;
-  bool undone_ = false;  // The server has given up the transaction that is open.
-  bool failed_ = false;  // A statement of the transaction that is open has failed.
+  bool reads_only_ = false;  // Whether the transaction that is open refuses to write.
+  bool undone_ = false;      // The server has given up the transaction that is open.
+  bool failed_ = false;      // A statement of the transaction that is open has failed.
 };
 
 }  // namespace talvex::adapters::odbc

@@ -44,6 +44,7 @@ Result SqliteSession::Execute(std::string_view text, std::span<const Variant> pa
   // SQLite isolates its transactions from one another completely; there is nothing to set.
   if (shape_.Verb() == SqlVerb::Set && platform::database::SetsIsolationLevel(text)) return {};
   RequireLiveTransaction();
+  if (reads_only_ && shape_.Verb() != SqlVerb::Select) platform::database::RefuseToWrite();
   return RunStatement(parameters, most_rows);
 }
 
@@ -117,13 +118,26 @@ void SqliteSession::ForgetTables() noexcept {
   tables_.clear();
 }
 
-void SqliteSession::Begin() {
+// The lock for writing is taken at once: a transaction that reads first and then finds another writer must
+// give up.
+void SqliteSession::Begin() { Begin("BEGIN IMMEDIATE"); }
+
+// A transaction sees the database as it was at its first read, and begins without one.
+void SqliteSession::BeginReading() {
+  Begin("BEGIN DEFERRED; SELECT 1 FROM sqlite_schema LIMIT 1");
+  reads_only_ = true;
+}
+
+void SqliteSession::Begin(const char* how) {
   if (in_transaction_ || database_.InTransaction()) {
     throw Fault(FaultKind::Other, 0, "25001", "A transaction is open already");
   }
-  // The lock for writing is taken at once: a transaction that reads first and then finds another writer must
-  // give up.
-  database_.Run("BEGIN IMMEDIATE");
+  try {
+    database_.Run(how);
+  } catch (...) {
+    Rollback();
+    throw;
+  }
   in_transaction_ = true;
 }
 
@@ -132,7 +146,7 @@ void SqliteSession::Commit() {
   try {
     RequireLiveTransaction();
     database_.Run("COMMIT");
-    in_transaction_ = false;
+    in_transaction_ = reads_only_ = false;
   } catch (...) {
     Rollback();
     throw;
@@ -142,6 +156,7 @@ void SqliteSession::Commit() {
 void SqliteSession::Rollback() noexcept {
   if (database_.InTransaction()) sqlite3_exec(database_.Handle(), "ROLLBACK", nullptr, nullptr, nullptr);
   in_transaction_ = database_.InTransaction();
+  reads_only_ = reads_only_ && in_transaction_;
   // Tables that the transaction made or changed are again what they were.
   if (std::exchange(changed_tables_, false)) ForgetTables();
 }

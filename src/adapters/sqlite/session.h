@@ -32,6 +32,7 @@ class SqliteSession final : public platform::database::Session {
   platform::database::Result Execute(std::string_view text, std::span<const automation::Variant> parameters,
                                      std::size_t most_rows) override;
   void Begin() override;
+  void BeginReading() override;
   void Commit() override;
   void Rollback() noexcept override;
   [[nodiscard]] std::shared_ptr<const platform::database::TableInfo> Table(std::string_view name) override;
@@ -40,6 +41,7 @@ class SqliteSession final : public platform::database::Session {
  private:
   using TableRef = std::shared_ptr<const platform::database::TableInfo>;
 
+  void Begin(const char* how);
   void RequireLiveTransaction() const;
   [[nodiscard]] Statement& StatementForShape();
   [[nodiscard]] bool GivesIdentity();
@@ -57,6 +59,7 @@ class SqliteSession final : public platform::database::Session {
   StatementCache statements_;
   std::unordered_map<std::string, TableRef, automation::FoldedHash, automation::FoldedEqual> tables_;
   bool in_transaction_ = false;
+  bool reads_only_ = false;      // Whether the transaction that is open refuses to write.
   bool changed_tables_ = false;  // Whether tables were made or changed since the last rollback.
 };
 

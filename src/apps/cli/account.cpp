@@ -213,8 +213,8 @@ ExitStatus RunAccount(Session& session, const AccountArguments& arguments) {
                       "type of account")
                .number;
   }
-  static_cast<void>(session.Host());  // The component works in the environment of the installation.
-  const Report report = Explain(session, properties, type);
+  Report report;
+  session.Host().Transactions().RunReading([&] { report = Explain(session, properties, type); });
   if (session.Options().json) {
     PrintJson(session, report, arguments.explain);
   } else {

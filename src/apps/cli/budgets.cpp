@@ -6,9 +6,9 @@
 
 namespace talvex::apps {
 
-ExitStatus RunBudgets(Session& session, const BudgetsArguments& arguments) {
-  if (arguments.standard && !arguments.holder.empty())
-    throw UsageError("--standard and --holder exclude each other");
+namespace {
+
+ExitStatus ListBudgets(Session& session, const BudgetsArguments& arguments) {
   const auto connection = session.Host().Connect();
   const automation::ObjectRef ledger = session.Create("Talvex.BudgetT");
   const automation::Variant answer = arguments.standard ? ledger->Call("GetAllStandardBudgets")
@@ -24,6 +24,14 @@ ExitStatus RunBudgets(Session& session, const BudgetsArguments& arguments) {
                   << BudgetTable(session, *connection, codes, day).ToText(session.Look());
   }
   return ExitStatus::Done;
+}
+
+}  // namespace
+
+ExitStatus RunBudgets(Session& session, const BudgetsArguments& arguments) {
+  if (arguments.standard && !arguments.holder.empty())
+    throw UsageError("--standard and --holder exclude each other");
+  return session.Reading([&] { return ListBudgets(session, arguments); });
 }
 
 }  // namespace talvex::apps

@@ -76,11 +76,31 @@ void RequireCommitted(host::Outcome outcome) {
     throw Failure("the change was undone: a vote in its transaction was for abort");
 }
 
+ExitStatus ListChargeTypes(Session& session) {
+  const automation::ObjectRef ledger = session.Create("Talvex.BudgetT");
+  Json types = Json::array();
+  Table table;
+  table.Add({{"Charge type"}, {"Ledger account"}});
+  for (const std::string& code : KeysOf(ledger->Call("GetAllChargeTypes"))) {
+    const std::string account = automation::ToText(ledger->Call("getLedgerAccount", code));
+    types.push_back({{"chargeType", code}, {"account", account.empty() ? Json(nullptr) : Json(account)}});
+    table.Add({{Printable(code)}, {account.empty() ? "-" : Printable(account)}});
+  }
+  if (session.Options().json) {
+    session.Print({{"chargeTypes", std::move(types)}});
+  } else {
+    session.Out() << table.ToText(session.Look());
+  }
+  return ExitStatus::Done;
+}
+
 }  // namespace
 
 ExitStatus RunChargeShow(Session& session, const RequisitionLine& line) {
-  PrintLines(session, line, "as they stand");
-  return ExitStatus::Done;
+  return session.Reading([&] {
+    PrintLines(session, line, "as they stand");
+    return ExitStatus::Done;
+  });
 }
 
 ExitStatus RunChargeAdd(Session& session, const ChargeAddArguments& arguments) {
@@ -129,21 +149,7 @@ ExitStatus RunChargeDelete(Session& session, const RequisitionLine& line) {
 }
 
 ExitStatus RunChargeTypes(Session& session) {
-  const automation::ObjectRef ledger = session.Create("Talvex.BudgetT");
-  Json types = Json::array();
-  Table table;
-  table.Add({{"Charge type"}, {"Ledger account"}});
-  for (const std::string& code : KeysOf(ledger->Call("GetAllChargeTypes"))) {
-    const std::string account = automation::ToText(ledger->Call("getLedgerAccount", code));
-    types.push_back({{"chargeType", code}, {"account", account.empty() ? Json(nullptr) : Json(account)}});
-    table.Add({{Printable(code)}, {account.empty() ? "-" : Printable(account)}});
-  }
-  if (session.Options().json) {
-    session.Print({{"chargeTypes", std::move(types)}});
-  } else {
-    session.Out() << table.ToText(session.Look());
-  }
-  return ExitStatus::Done;
+  return session.Reading([&] { return ListChargeTypes(session); });
 }
 
 ExitStatus RunChargeDropType(Session& session, const std::string& code) {

@@ -133,11 +133,7 @@ void PrintText(Session& session, Connection& connection, const Question& questio
                        .ToText(session.Look(), "  ");
 }
 
-}  // namespace
-
-ExitStatus RunCheck(Session& session, const CheckArguments& arguments) {
-  const Question question = {arguments.code, AmountOf(arguments.amount), arguments.currency,
-                             DateOf(arguments.date, session), arguments.simulate};
+ExitStatus AnswerCheck(Session& session, const Question& question) {
   const auto connection = session.Host().Connect();
   const std::vector<Approval> approvals = Ask(session, question);
   const bool known = ReadBudget(*connection, question.code).has_value();
@@ -148,6 +144,14 @@ ExitStatus RunCheck(Session& session, const CheckArguments& arguments) {
     if (known || !approvals.empty()) PrintText(session, *connection, question, approvals);
   }
   return known && approvals.empty() ? ExitStatus::Done : ExitStatus::No;
+}
+
+}  // namespace
+
+ExitStatus RunCheck(Session& session, const CheckArguments& arguments) {
+  const Question question = {arguments.code, AmountOf(arguments.amount), arguments.currency,
+                             DateOf(arguments.date, session), arguments.simulate};
+  return session.Reading([&] { return AnswerCheck(session, question); });
 }
 
 }  // namespace talvex::apps

@@ -34,7 +34,8 @@ const char* NameIn(const Names& names, Value value) {
   return "";
 }
 
-// The messages of an error text without the dashes and codes around them being touched; no blank ones.
+// The lines of an error text, each a message, "-" and a code; the "-" goes where no code follows it. No empty
+// lines.
 std::vector<std::string> Messages(const std::string& error) {
   std::vector<std::string> messages;
   for (std::string_view rest = error; !rest.empty();) {
@@ -86,8 +87,8 @@ Table CountTable(const ImportReport& report) {
   return table;
 }
 
-// One line for every message, of refused and changed rows. Inserted ones, which can be tens of thousands, are
-// told before they are kept and not again.
+// One line for every message, of refused and changed rows; in a dry run also of inserted ones, which can be
+// tens of thousands.
 Table DetailTable(const ImportReport& report, bool dry_run) {
   Table table;
   for (const auto& [outcome, name] : kOutcomes) {
@@ -135,7 +136,7 @@ void PrintReport(const Session& session, const ImportReport& report, const std::
 
 ExitStatus RunExport(Session& session, const ExportArguments& arguments) {
   component::ExportReport report;
-  session.InTransaction([&] {
+  session.Host().Transactions().RunReading([&] {
     const Progress progress("Exporting");
     report = component::ExportBudgets(arguments.from, arguments.to, session.Options().user);
   });

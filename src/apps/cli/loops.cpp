@@ -81,9 +81,7 @@ std::pair<std::string, std::string> RangeOf(const automation::ObjectRef& ledger,
   return codes.empty() ? std::pair<std::string, std::string>() : std::pair{codes.front(), codes.back()};
 }
 
-}  // namespace
-
-ExitStatus RunLoops(Session& session, const LoopsArguments& arguments) {
+ExitStatus FindLoops(Session& session, const LoopsArguments& arguments) {
   const auto connection = session.Host().Connect();
   const automation::ObjectRef ledger = session.Create("Talvex.BudgetT");
   const auto [from, to] = RangeOf(ledger, arguments);
@@ -102,6 +100,12 @@ ExitStatus RunLoops(Session& session, const LoopsArguments& arguments) {
     for (const Loop& loop : loops) session.Out() << "  " << PathText(loop, session.Look()) << '\n';
   }
   return loops.empty() ? ExitStatus::Done : ExitStatus::No;
+}
+
+}  // namespace
+
+ExitStatus RunLoops(Session& session, const LoopsArguments& arguments) {
+  return session.Reading([&] { return FindLoops(session, arguments); });
 }
 
 }  // namespace talvex::apps

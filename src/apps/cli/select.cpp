@@ -28,9 +28,7 @@ std::vector<std::string> Selected(Session& session, const SelectArguments& argum
   return text.empty() ? std::vector<std::string>() : std::vector{text};
 }
 
-}  // namespace
-
-ExitStatus RunSelect(Session& session, const SelectArguments& arguments) {
+ExitStatus AnswerSelect(Session& session, const SelectArguments& arguments) {
   const auto connection = session.Host().Connect();
   const std::vector<std::string> codes = Selected(session, arguments);
   const automation::Date day = session.Now().DayOnly();
@@ -43,6 +41,12 @@ ExitStatus RunSelect(Session& session, const SelectArguments& arguments) {
                   << BudgetTable(session, *connection, codes, day).ToText(session.Look(), "  ");
   }
   return codes.empty() ? ExitStatus::No : ExitStatus::Done;
+}
+
+}  // namespace
+
+ExitStatus RunSelect(Session& session, const SelectArguments& arguments) {
+  return session.Reading([&] { return AnswerSelect(session, arguments); });
 }
 
 }  // namespace talvex::apps

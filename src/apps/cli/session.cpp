@@ -27,6 +27,12 @@ host::Outcome Session::InTransaction(const std::function<void()>& body) {
   return Host().Transactions().RunWithRetry(body, kAttempts);
 }
 
+ExitStatus Session::Reading(const std::function<ExitStatus()>& body) {
+  ExitStatus status = ExitStatus::Failed;
+  Host().Transactions().RunReading([&] { status = body(); });
+  return status;
+}
+
 automation::Date Session::Now() { return Host().Environment()->clock->Now(); }
 
 automation::ObjectRef Session::Create(const std::string& class_name) {

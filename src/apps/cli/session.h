@@ -69,6 +69,9 @@ class Session {
   [[nodiscard]] const host::Host& Host();
   // Runs the body in a transaction, and again a few times while the work of others stands in its way.
   host::Outcome InTransaction(const std::function<void()>& body);
+  // Runs a body that only reads, in a reading transaction: all that it tells is of one state of the database,
+  // and nobody who posts meanwhile waits for it. Gives the body's status.
+  ExitStatus Reading(const std::function<ExitStatus()>& body);
   // What the installation's clock says.
   [[nodiscard]] automation::Date Now();
   // An object of a class of the component, made through the transaction that the thread is in, if any.

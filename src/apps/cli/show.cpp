@@ -63,9 +63,7 @@ void PrintLine(const Session& session, const LineRow& line, const AmountTitles& 
   session.Out() << "\nLine " << line.id << ", " << PeriodText(line) << '\n' << table.ToText(style, "  ");
 }
 
-}  // namespace
-
-ExitStatus RunShow(Session& session, const std::string& code) {
+ExitStatus ShowBudget(Session& session, const std::string& code) {
   const auto connection = session.Host().Connect();
   const std::optional<BudgetRow> budget = ReadBudget(*connection, code);
   if (!budget) throw Refusal("there is no budget '" + Shortened(code) + "'");
@@ -80,6 +78,12 @@ ExitStatus RunShow(Session& session, const std::string& code) {
   for (const LineRow& line : lines) PrintLine(session, line, titles);
   if (lines.empty()) session.Out() << "\nNo lines.\n";
   return ExitStatus::Done;
+}
+
+}  // namespace
+
+ExitStatus RunShow(Session& session, const std::string& code) {
+  return session.Reading([&] { return ShowBudget(session, code); });
 }
 
 }  // namespace talvex::apps

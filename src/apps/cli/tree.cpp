@@ -85,9 +85,7 @@ void PrintText(const Session& session, const Hierarchy& hierarchy, const std::ve
                 << table.ToText(session.Look());
 }
 
-}  // namespace
-
-ExitStatus RunTree(Session& session, const std::optional<std::string>& code) {
+ExitStatus DrawTree(Session& session, const std::optional<std::string>& code) {
   const auto connection = session.Host().Connect();
   const Hierarchy hierarchy(*connection);
   if (code && !hierarchy.Knows(*code)) throw Refusal("there is no budget '" + Shortened(*code) + "'");
@@ -105,6 +103,12 @@ ExitStatus RunTree(Session& session, const std::optional<std::string>& code) {
     PrintText(session, hierarchy, rows, lines, day);
   }
   return ExitStatus::Done;
+}
+
+}  // namespace
+
+ExitStatus RunTree(Session& session, const std::optional<std::string>& code) {
+  return session.Reading([&] { return DrawTree(session, code); });
 }
 
 }  // namespace talvex::apps

@@ -54,9 +54,7 @@ Table WithoutBudgetTable(const std::vector<LineWithoutBudget>& lines) {
   return table;
 }
 
-}  // namespace
-
-ExitStatus RunVerify(Session& session) {
+ExitStatus VerifyLedger(Session& session) {
   const component::Verification found = component::VerifyLines(session.Host().Connect());
   const ExitStatus status = found.AllRight() ? ExitStatus::Done : ExitStatus::No;
   if (session.Options().json) {
@@ -76,6 +74,12 @@ ExitStatus RunVerify(Session& session) {
         << WithoutBudgetTable(found.without_budget).ToText(session.Look(), "  ");
   }
   return status;
+}
+
+}  // namespace
+
+ExitStatus RunVerify(Session& session) {
+  return session.Reading([&] { return VerifyLedger(session); });
 }
 
 }  // namespace talvex::apps

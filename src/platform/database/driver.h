@@ -51,7 +51,12 @@ class Session {
   virtual Result Execute(std::string_view text, std::span<const automation::Variant> parameters,
                          std::size_t most_rows) = 0;
 
+  // A transaction that may write, or one that only reads: it sees what the database held when it began,
+  // whatever others keep meanwhile, and nobody who writes waits for it. Where a server cannot give that, it
+  // gives the nearest that it can, and its driver says what. A reading one refuses every statement but
+  // queries (RefuseToWrite).
   virtual void Begin() = 0;
+  virtual void BeginReading() = 0;
   virtual void Commit() = 0;
   virtual void Rollback() noexcept = 0;
 

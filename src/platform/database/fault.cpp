@@ -28,6 +28,13 @@ void RaiseAsError(const Fault& fault) {
   throw automation::Error(ErrorNumberOf(fault.Kind()), kErrorSource, fault.what());
 }
 
+void RefuseToWrite() {
+  throw Fault(
+      FaultKind::Other, 3906, "25006",
+      "A reading transaction takes queries only: do what writes in a transaction that may write, which "
+      "TransactionHost::Run opens");
+}
+
 void NoteConflict() noexcept {
   if (auto* const context = automation::TransactionContext::Current()) context->NoteConflict();
 }

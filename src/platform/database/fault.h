@@ -47,6 +47,10 @@ class Fault : public std::runtime_error {
 // it was a conflict, since running the whole transaction again may succeed.
 [[noreturn]] void RaiseAsError(const Fault& fault);
 
+// Raises the fault of a statement that a reading transaction does not take: native error 3906, SQLSTATE
+// 25006, and what to do instead.
+[[noreturn]] void RefuseToWrite();
+
 // Tells the calling thread's transaction, if there is one, that somebody else's work stood in its way.
 void NoteConflict() noexcept;
 

@@ -50,7 +50,11 @@ std::shared_ptr<Session> SessionPool::Acquire(const std::string& connection_stri
                                 ConnectionString(connection_string).Shown());
   }
   std::shared_ptr<Session> session = Take(connection_string);
-  session->Begin();
+  if (context->Kind() == automation::TransactionKind::Reading) {
+    session->BeginReading();
+  } else {
+    session->Begin();
+  }
   context->Enlist(kResourceKey, std::make_unique<EnlistedSession>(connection_string, session));
   return session;
 }

@@ -43,6 +43,7 @@ class RecordingSession final : public platform::database::Session {
     return inner_->Execute(text, parameters, most_rows);
   }
   void Begin() override { inner_->Begin(); }
+  void BeginReading() override { inner_->BeginReading(); }
   void Commit() override { inner_->Commit(); }
   void Rollback() noexcept override { inner_->Rollback(); }
   std::shared_ptr<const platform::database::TableInfo> Table(std::string_view name) override {

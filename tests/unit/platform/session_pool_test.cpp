@@ -69,6 +69,17 @@ TEST_F(SessionPoolTest, KeepsAtMostSixteenIdleSessions) {
   EXPECT_EQ(world_.database->Count("close"), 4U);
 }
 
+TEST_F(SessionPoolTest, ATransactionBeginsItsSessionAsTheKindThatItIs) {
+  for (const auto& [kind, begin] : {std::pair{automation::TransactionKind::Writing, "begin"},
+                                    std::pair{automation::TransactionKind::Reading, "begin reading"}}) {
+    events_.clear();
+    TransactionContext context(classes_, kind);
+    const auto session = pool_.Acquire("Database=" + std::string(begin));
+    EXPECT_TRUE(context.Commit());
+    EXPECT_EQ(events_, (Events{"open Database=" + std::string(begin), begin, "commit"}));
+  }
+}
+
 TEST_F(SessionPoolTest, ASessionMayOutliveThePool) {
   auto pool = std::make_shared<SessionPool>();
   pool->AddDriver("", world_.database);
