@@ -6,16 +6,19 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <utility>
 
 #include "automation/class_info.h"
+#include "automation/transaction_context.h"
 
 namespace talvex::host {
 
 // The localised texts of the table I18NTEXT. A text that was found is kept for the life of the object; one
-// that was not is looked for again the next time, for it may have been added since. Safe to use from several
-// threads.
+// that was not is looked for again the next time, for it may have been added since. What a transaction has
+// read may be its own doing, so others are given it only when the transaction is kept. Safe to use from
+// several threads.
 class MessageManager final : public automation::Object {
   TALVEX_CLASS(MessageManager, "I18NMessageManager",
                "The localised texts that all components of the suite share.");
@@ -32,12 +35,17 @@ class MessageManager final : public automation::Object {
 
  private:
   using Key = std::pair<std::int32_t, std::string>;
+  using Texts = std::map<Key, std::string>;
+  class ReadInTransaction;
 
   [[nodiscard]] std::string Read(const Key& key) const;
+  [[nodiscard]] std::optional<std::string> Kept(const Key& key);
+  void Keep(const Key& key, const std::string& text);
+  [[nodiscard]] Texts& TextsOf(automation::TransactionContext& transaction);
 
   std::function<std::string()> connection_string_;
   std::mutex mutex_;
-  std::map<Key, std::string> found_;
+  Texts found_;
 };
 
 // The object that a host offers under the name "Application".

@@ -16,14 +16,18 @@ std::shared_ptr<const Environment>& OfThread() {
   return environment;
 }
 
-}  // namespace
-
-const Environment& Environment::Current() {
-  if (const Environment* own = OfThread().get()) return *own;
-  if (const Environment* shared = OfProcess().get()) return *shared;
+const std::shared_ptr<const Environment>& InForce() {
+  if (OfThread() != nullptr) return OfThread();
+  if (OfProcess() != nullptr) return OfProcess();
   throw automation::Error(automation::error_number::kObjectNotSet, "Talvex.Platform",
                           "Object not set: no environment");
 }
+
+}  // namespace
+
+const Environment& Environment::Current() { return *InForce(); }
+
+std::shared_ptr<const Environment> Environment::CurrentShared() { return InForce(); }
 
 void Environment::SetForProcess(std::shared_ptr<const Environment> environment) {
   OfProcess() = std::move(environment);

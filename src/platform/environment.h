@@ -19,8 +19,8 @@ namespace spreadsheet {
 class Engine;
 }
 
-// The one place through which the component reaches the world. The composition root sets it once for the
-// process; a test may put another in its place for its own thread.
+// The one place through which the component reaches the world. The composition root fills one for each
+// installation; a process has one, and a thread may work in another. None is changed once it is in use.
 struct Environment {
   std::shared_ptr<automation::ClassRegistry> classes;
   std::shared_ptr<const Clock> clock;
@@ -33,6 +33,8 @@ struct Environment {
 
   // The environment of the calling thread; error 91 when nobody has set one.
   [[nodiscard]] static const Environment& Current();
+  // The same, for one who must know it again later.
+  [[nodiscard]] static std::shared_ptr<const Environment> CurrentShared();
 
   static void SetForProcess(std::shared_ptr<const Environment> environment);
 

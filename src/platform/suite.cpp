@@ -9,8 +9,14 @@ using automation::Variant;
 
 namespace {
 
-automation::ObjectRef ObjectIn(const Variant& value) {
-  return value.IsObject() ? value.As<automation::ObjectRef>() : nullptr;
+// What a service must give. A service of somebody else's may give nothing, which raises 91 and names what is
+// missing.
+template <class C>
+std::shared_ptr<C> Given(const Variant& value, std::string_view what) {
+  auto object = automation::ValueOf<std::shared_ptr<C>>::From(value);
+  if (object != nullptr) return object;
+  throw automation::Error(automation::error_number::kObjectNotSet, "Talvex.Platform",
+                          "Object not set: " + std::string(what));
 }
 
 }  // namespace
@@ -31,12 +37,13 @@ std::string Configuration::Value(std::string_view section, std::string_view key)
 }
 
 std::shared_ptr<automation::Dictionary> Configuration::ApplicationEntries(std::string_view name) const {
-  using Entries = automation::ValueOf<std::shared_ptr<automation::Dictionary>>;
-  return Entries::From(Get().Call("ApplicationEntries", name));
+  return Given<automation::Dictionary>(
+      Get().Call("ApplicationEntries", name),
+      "Corvane.Configuration gives no entries for the application \"" + std::string(name) + "\"");
 }
 
 std::string Configuration::ConfigDirOf(const Variant& entry) {
-  return Configuration(ObjectIn(entry)).ConfigDir();
+  return Configuration(Given<automation::Object>(entry, "an entry of an application")).ConfigDir();
 }
 
 std::string Configuration::ConfigDir() const { return automation::ToText(Get().Get("ConfigDir")); }
@@ -69,13 +76,12 @@ std::int32_t CurrencyConverter::Decimals(std::string_view code) const {
 }
 
 std::shared_ptr<automation::Dictionary> CurrencyConverter::CurrencyCodes() const {
-  using Codes = automation::ValueOf<std::shared_ptr<automation::Dictionary>>;
-  return Codes::From(Get().Call("CurrencyCodes"));
+  return Given<automation::Dictionary>(Get().Call("CurrencyCodes"),
+                                       "Mirelo.Currency gives no currency codes");
 }
 
 std::shared_ptr<automation::Collection> SuiteUser::Offices() const {
-  using Offices = automation::ValueOf<std::shared_ptr<automation::Collection>>;
-  return Offices::From(Get().Call("Offices"));
+  return Given<automation::Collection>(Get().Call("Offices"), "Mirelo.User gives no offices");
 }
 
 bool SuiteUser::Exists(std::string_view user) const {
@@ -99,7 +105,8 @@ void MembershipUser::Open(std::string_view user, std::string_view script_user,
 std::int16_t MembershipUser::LocaleId() const { return automation::ToInt16(Get().Get("LocaleId")); }
 
 MessageManager MessageManager::Of(automation::Object& application) {
-  return MessageManager(ObjectIn(application.Call("Value", "I18NMessageManager")));
+  return MessageManager(Given<automation::Object>(application.Call("Value", "I18NMessageManager"),
+                                                  "the host's Application has no I18NMessageManager"));
 }
 
 std::string MessageManager::GetText(std::string_view label, std::string_view locale_id) const {

@@ -22,9 +22,11 @@ inline constexpr std::string_view kSuiteUser = "Mirelo.User";
 inline constexpr std::string_view kMembershipUser = "Pellory.User";
 }  // namespace class_name
 
-// One service object, kept for as long as this is. Made from an object that is not set, it raises 91.
+// One service object. Holding it keeps the object. A member that must give an object raises 91, naming what
+// is missing, when the service gives none.
 class Service {
  public:
+  // An object that is not set raises 91.
   explicit Service(automation::ObjectRef object);
 
  protected:

@@ -4,6 +4,7 @@
 #include "automation/text.h"
 #include "automation/transaction_context.h"
 #include "platform/environment.h"
+#include "platform/per_environment.h"
 #include "platform/suite.h"
 #include "services/frame.h"
 
@@ -13,6 +14,14 @@ using automation::TransactionContext;
 using automation::Variant;
 using platform::database::Connection;
 using platform::database::ObjectState;
+
+namespace {
+
+struct CachedConnectionString {
+  std::string text;
+};
+
+}  // namespace
 
 automation::ObjectRef gen_getComponent(std::string_view prog_id) {
   return Handled(
@@ -35,14 +44,13 @@ std::string Gen_GetConnectionString() {
 }
 
 std::shared_ptr<Connection> getConnection() {
-  // A change of the configured string reaches a thread only when the thread is new.
-  thread_local std::string cached_connection_string;
   return Handled("Quorrin.RequisitionUtilities.getConnection", [&] {
-    if (automation::Trimmed(cached_connection_string).empty())
-      cached_connection_string = Gen_GetConnectionString();
+    // A change of the configured string reaches a thread only when the thread, or its environment, is new.
+    std::string& connection_string = platform::OfThreadAndEnvironment<CachedConnectionString>().text;
+    if (automation::Trimmed(connection_string).empty()) connection_string = Gen_GetConnectionString();
     auto connection = std::make_shared<Connection>();
     connection->IsolationLevel = platform::database::kIsolationReadCommitted;
-    connection->Open(cached_connection_string, "", "", platform::database::kOptionsUnspecified);
+    connection->Open(connection_string, "", "", platform::database::kOptionsUnspecified);
     connection->Execute("set TRANSACTION ISOLATION LEVEL READ COMMITTED", nullptr,
                         platform::database::kOptionsUnspecified);
     return connection;

@@ -17,8 +17,8 @@ namespace talvex::Lib_General {
 [[nodiscard]] automation::ObjectRef gen_getComponent(std::string_view prog_id);
 
 // An open connection to the suite's database, at isolation level read committed; the caller owns it, and it
-// closes when its last holder lets go. The connection string is asked of the configuration once per thread,
-// for as long as it is not blank. Failures carry the method name
+// closes when its last holder lets go. The connection string is asked of the configuration once per thread
+// and environment, and again while it is blank. Failures carry the method name
 // "Quorrin.RequisitionUtilities.getConnection".
 [[nodiscard]] std::shared_ptr<platform::database::Connection> getConnection();
 
@@ -46,7 +46,7 @@ void Gen_CloseConnection(std::shared_ptr<platform::database::Connection>& conn);
 // The text of a label in the user's language. A blank label gives "" without any lookup. Inside a host the
 // host's shared message manager is asked and its answer returned, empty or not; outside, the table of texts
 // is read, and an unknown label or locale gives "Label or Locale not known for user:...". The empty user
-// reads English. The last user's locale is kept per thread.
+// reads English. The last user's locale is kept per thread and environment.
 [[nodiscard]] std::string Gen_GetI18N(const std::string& user, const std::string& label);
 
 }  // namespace talvex::Lib_General

@@ -16,6 +16,13 @@ automation::ObjectRef CreateDirectly(std::string_view class_name) {
   return platform::Environment::Current().classes->Create(class_name);
 }
 
+// Without an entry there is no directory to look in, and the file system's root is none.
+[[noreturn]] void RaiseNoEntries() {
+  throw automation::Error(automation::error_number::kInvalidCall, "Talvex",
+                          "The configuration has no entries for the application \"Vantor\", so nothing says "
+                          "where siteconfiguration.xml is: configure the application");
+}
+
 }  // namespace
 
 MembershipUser UL_CreateUO(const std::string& user) {
@@ -24,6 +31,7 @@ MembershipUser UL_CreateUO(const std::string& user) {
     const Configuration configuration(CreateDirectly(platform::suite::class_name::kConfiguration));
     std::string config_dir;
     const auto entries = configuration.ApplicationEntries("Vantor");
+    if (entries->Count() == 0) RaiseNoEntries();
     for (const auto& [name, entry] : entries->Entries()) {
       config_dir = Configuration::ConfigDirOf(entry);
     }

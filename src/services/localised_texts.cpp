@@ -10,6 +10,7 @@
 #include "platform/database/literals.h"
 #include "platform/database/recordset.h"
 #include "platform/locales.h"
+#include "platform/per_environment.h"
 #include "platform/suite.h"
 #include "services/frame.h"
 #include "services/lib_general.h"
@@ -25,14 +26,14 @@ using platform::suite::kLocaleOfNobody;
 
 namespace {
 
-// The user for whom the thread last determined a locale, and that locale.
+// The user for whom the thread last determined a locale in its environment, and that locale.
 struct UserLocale {
   std::string user;
   std::int16_t locale_id = kLocaleOfNobody;
 };
 
 std::int16_t LocaleOf(const std::string& user) {
-  thread_local UserLocale cached;
+  UserLocale& cached = platform::OfThreadAndEnvironment<UserLocale>();
   if (user != cached.user) {
     const std::int16_t locale_id = Lib_UserLib::UL_CreateUO(user).LocaleId();
     cached = {user, locale_id};

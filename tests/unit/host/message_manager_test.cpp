@@ -30,6 +30,7 @@ class MessageManagerTest : public testing::Test {
   [[nodiscard]] std::size_t Reads() const { return world_.traffic->statements.size(); }
 
   suite_test::DatabaseWorld world_{kRows};
+  automation::ClassRegistry classes_;
   Application application_{std::make_shared<MessageManager>([this] { return world_.connection_string; })};
 };
 
@@ -60,6 +61,41 @@ TEST_F(MessageManagerTest, AsksAgainForATextThatWasNotFound) {
   EXPECT_EQ(Messages().GetText("NOTHING", "1033"), "");
   world_.Sql("INSERT INTO I18NTEXT (LOCALEID, LABEL, Text) VALUES (1033, 'NEW', 'New text')");
   EXPECT_EQ(Messages().GetText("NEW", "1033"), "New text");
+}
+
+// What a transaction has read may be its own doing, and is nobody else's before it is kept.
+TEST_F(MessageManagerTest, ATextReadInATransactionIsSharedOnlyWhenTheTransactionIsKept) {
+  const auto read_in_transaction = [&](const std::string& text, bool keep) {
+    automation::TransactionContext context(classes_);
+    world_.Sql("UPDATE I18NTEXT SET Text='" + text + "' WHERE LOCALEID=1033 AND LABEL='SLBBU0050'");
+    EXPECT_EQ(Messages().GetText("SLBBU0050", "1033"), text);
+    const auto reads = Reads();
+    EXPECT_EQ(Messages().GetText("SLBBU0050", "1033"), text);
+    EXPECT_EQ(Reads(), reads) << "it is kept for the transaction itself";
+    if (!keep) context.SetAbort();
+    EXPECT_EQ(context.Commit(), keep);
+  };
+  read_in_transaction("Undone", false);
+  EXPECT_EQ(ErrorOf([&] {
+              const automation::TransactionContext let_go(classes_);
+              world_.Sql("UPDATE I18NTEXT SET Text='Let go' WHERE LOCALEID=1033 AND LABEL='SLBBU0050'");
+              EXPECT_EQ(Messages().GetText("SLBBU0050", "1033"), "Let go");
+              throw automation::Error(77, "Source", "enough");
+            }).number,
+            77);
+  read_in_transaction("Kept", true);
+  const auto reads = Reads();
+  EXPECT_EQ(Messages().GetText("SLBBU0050", "1033"), "Kept");
+  EXPECT_EQ(Reads(), reads) << "it is shared";
+}
+
+TEST_F(MessageManagerTest, AnUndoneTextIsReadAnewByOthers) {
+  {
+    const automation::TransactionContext context(classes_);
+    world_.Sql("UPDATE I18NTEXT SET Text='Undone' WHERE LOCALEID=1033 AND LABEL='SLBBU0050'");
+    EXPECT_EQ(Messages().GetText("SLBBU0050", "1033"), "Undone");
+  }
+  EXPECT_EQ(Messages().GetText("SLBBU0050", "1033"), "Budget");
 }
 
 TEST_F(MessageManagerTest, ALocaleIdIsAWholeNumber) {

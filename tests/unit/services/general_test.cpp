@@ -2,6 +2,8 @@
 
 #include "automation/error.h"
 #include "automation/transaction_context.h"
+#include "host/message_manager.h"
+#include "host/transaction_host.h"
 #include "services/lib_general.h"
 #include "services/lib_mts.h"
 #include "services/lib_user_lib.h"
@@ -29,9 +31,11 @@ class SettableConfiguration final : public automation::Object {
   TALVEX_CLASS(SettableConfiguration, "Corvane.Configuration", "Values that a test sets.");
 
  public:
+  enum class Entries { One, None, NotSet, OneNotSet };
   struct Values {
     std::string connection_string;
     std::string root;
+    Entries entries = Entries::One;
     int created = 0;
     std::vector<std::string> calls;
   };
@@ -64,8 +68,10 @@ std::string SettableConfiguration::Value(const std::string& section, const std::
 
 std::shared_ptr<automation::Dictionary> SettableConfiguration::ApplicationEntries(const std::string& name) {
   values_->calls.push_back("ApplicationEntries " + name);
+  if (values_->entries == Entries::NotSet) return nullptr;
   auto entries = std::make_shared<automation::Dictionary>();
-  entries->Add("only", Variant(shared_from_this()));
+  if (values_->entries == Entries::One) entries->Add("only", Variant(shared_from_this()));
+  if (values_->entries == Entries::OneNotSet) entries->Add("only", Variant());
   return entries;
 }
 
@@ -146,6 +152,34 @@ TEST(GetConnection, AsksTheConfigurationOnceAThread) {
       EXPECT_EQ(ErrorOf([] { static_cast<void>(getConnection()); }).number,
                 automation::error_number::kCannotOpenDatabase);
     });
+  });
+}
+
+// Each host on a thread has a connection string of its own, and comes back to it.
+TEST(GetConnection, ASecondHostOnTheSameThreadWorksOnItsOwnDatabase) {
+  OnOwnThread([] {
+    const auto add = [](const std::string& office) {
+      getConnection()->Execute("INSERT INTO SUITEOFFICE (OFFICEDESCRIPTION) VALUES ('" + office + "')",
+                               nullptr, std::nullopt);
+    };
+    const auto offices = [](const TestInstallation& site) {
+      return site.Rows("SELECT OFFICEDESCRIPTION FROM SUITEOFFICE ORDER BY OFFICEDESCRIPTION");
+    };
+    const TestInstallation first;
+    add("a1");
+    {
+      const TestInstallation second;
+      add("b1");
+      EXPECT_EQ(offices(second), std::vector<std::string>{"b1"});
+      {
+        const platform::Environment::ForThread again(first.Host().Environment());
+        add("a2");
+      }
+      add("b2");
+      EXPECT_EQ(offices(second), (std::vector<std::string>{"b1", "b2"}));
+    }
+    add("a3");
+    EXPECT_EQ(offices(first), (std::vector<std::string>{"a1", "a2", "a3"}));
   });
 }
 
@@ -257,6 +291,30 @@ TEST(UlCreateUo, OpensTheUserWithWhatTheSiteConfigurationGives) {
   }
 }
 
+TEST(UlCreateUo, AConfigurationWithoutEntriesIsAClearError) {
+  struct Row {
+    SettableConfiguration::Entries entries;
+    std::int32_t number;
+    const char* reason;
+  };
+  using Entries = SettableConfiguration::Entries;
+  const Row rows[] = {{Entries::None, 5, "has no entries for the application \"Vantor\""},
+                      {Entries::NotSet, 91, "gives no entries for the application \"Vantor\""},
+                      {Entries::OneNotSet, 91, "an entry of an application"}};
+  for (const Row& row : rows) {
+    WithStandIns([&](StoodIn& test) {
+      test.Replace<RecordingUser>();
+      const auto values = SetConfiguration(test, "");
+      values->entries = row.entries;
+      const ErrorState raised = ErrorOf([] { static_cast<void>(Lib_UserLib::UL_CreateUO("anna")); });
+      EXPECT_EQ(raised.number, row.number) << row.reason;
+      EXPECT_NE(raised.description.find(row.reason), std::string::npos) << raised.description;
+      EXPECT_TRUE(test.Record().calls.empty());
+      EXPECT_EQ(values->calls, std::vector<std::string>{"ApplicationEntries Vantor"});
+    });
+  }
+}
+
 TEST(UlCreateUo, FailsUnderItsName) {
   WithStandIns([](StoodIn& test) {
     test.Replace<RecordingUser>();
@@ -337,6 +395,46 @@ TEST(GenGetI18N, GivesTheEmptyUserEnglishTextsWhoeverWasLookedUpBefore) {
     const auto context = test.Site().Host().Transactions().Begin();
     texts_in_turn();
     EXPECT_EQ(ErrorNumberOf([] { static_cast<void>(Gen_GetI18N("ghost", "SLBBU0240")); }), 5);
+  });
+}
+
+TEST(GenGetI18N, ASecondHostOnTheSameThreadKnowsItsOwnUsers) {
+  OnOwnThread([] {
+    const auto add_user = [](const TestInstallation& site, int locale) {
+      site.Sql(
+          "INSERT INTO SUITEUSER (USERID, FULLNAME, EMAIL, LOCALEID) VALUES ('anna', 'x', 'x@example.com', " +
+          std::to_string(locale) + ")");
+    };
+    const TestInstallation first;
+    add_user(first, 1036);
+    EXPECT_EQ(Gen_GetI18N("anna", "SLBBU0070"), "Montant approuvé");
+    {
+      const TestInstallation second;
+      add_user(second, 1033);
+      EXPECT_EQ(Gen_GetI18N("anna", "SLBBU0070"), "Approved amount");
+    }
+    EXPECT_EQ(Gen_GetI18N("anna", "SLBBU0070"), "Montant approuvé");
+  });
+}
+
+TEST(GenGetI18N, AHostThatLacksWhatItMustOfferIsAClearError) {
+  WithStandIns([](StoodIn& test) {
+    test.Replace<RecordingUser>();
+    const auto expect = [](const char* reason) {
+      const ErrorState raised = ErrorOf([] { static_cast<void>(Gen_GetI18N("anna", "SLBBU0240")); });
+      EXPECT_NE(raised.description.find(reason), std::string::npos) << raised.description;
+    };
+    {
+      const TransactionContext offers_nothing(*test.Environment().classes);
+      expect("the host offers no object 'Application'");
+    }
+    {
+      const auto offers_none = host::TransactionHost(nullptr).Begin();
+      expect("the host offers no object 'Application'");
+    }
+    const host::TransactionHost without_texts(std::make_shared<host::Application>(nullptr));
+    const auto context = without_texts.Begin();
+    expect("the host's Application has no I18NMessageManager");
   });
 }
 
