@@ -21,8 +21,6 @@ namespace {
 
 using automation::Error;
 
-constexpr auto kOwnerOnly = std::filesystem::perms::owner_read | std::filesystem::perms::owner_write;
-
 std::string_view FileContent(std::string_view path) {
   for (const Resource& resource : InstallationFiles()) {
     if (resource.path == path) return resource.content;
@@ -107,7 +105,12 @@ void Fill(const InstallationPlan& plan) {
     files.MakeFolder(plan.directory + "/" + folder);
   }
   const std::string configuration = plan.directory + "/siteconfiguration.xml";
-  files.WriteNew(configuration, SiteConfiguration(plan.connection_string));
+  const std::string settings = SiteConfiguration(plan.connection_string);
+  if (plan.connection_string.empty()) {
+    files.WriteNew(configuration, settings);
+  } else {
+    files.WriteNewForOwner(configuration, settings);
+  }
   constexpr std::string_view kConfig = "config/";
   for (const Resource& resource : InstallationFiles()) {
     if (!resource.path.starts_with("config/talvex/")) continue;
@@ -116,11 +119,9 @@ void Fill(const InstallationPlan& plan) {
   }
   if (plan.connection_string.empty()) {
     adapters::sqlite::CreateDatabase(plan.directory + "/talvex.db", EmbeddedScript(plan.with_sample));
-    return;
+  } else {
+    SetUpServer(plan);
   }
-  // A connection string may hold a password.
-  std::filesystem::permissions(configuration, kOwnerOnly);
-  SetUpServer(plan);
 }
 
 // Takes away everything in a directory that was empty before, and the directory itself when it was not there.
@@ -136,6 +137,8 @@ void TakeAway(const std::string& directory, bool was_there) {
 }
 
 }  // namespace
+
+std::string ReadFile(const std::string& path) { return adapters::posix::SystemFiles().Read(path); }
 
 void MakeInstallation(const InstallationPlan& plan) {
   std::error_code status;

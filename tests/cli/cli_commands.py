@@ -38,6 +38,47 @@ class Init(unittest.TestCase):
         self.assertIn(f"talvex: The directory {self.site} is in use", refused.stderr)
         self.assertEqual(os.listdir(self.site), ["kept.txt"])
 
+    def init_from(self, name, given):
+        return subprocess.run([PROGRAM, "init", self.site, "--database-file", name], stdin=given, check=False,
+                              env=environment(), encoding="utf-8", capture_output=True, timeout=120)
+
+    def test_a_connection_string_is_read_from_a_file_or_from_standard_input(self):
+        # No driver of that name is installed: the message shows what was read, without the password.
+        secret = "Driver=No Such Driver;Server=db.example.com;UID=u;PWD={a}};x=s3cret}"
+        path = os.path.join(self.folder.name, "database")
+        for content in (secret, secret + "\n", "  " + secret + "  \r\n\n"):
+            with open(path, "w", encoding="utf-8", newline="") as file:
+                file.write(content)
+            for name in (path, "-"):
+                with self.subTest(content=content, name=name), open(path, "rb") as file:
+                    ran = self.init_from(name, file)
+                    self.assertEqual(ran.returncode, FAILED, ran.stderr)
+                    self.assertIn("Cannot open the database Driver=No Such Driver;Server=db.example.com;"
+                                  "UID=u;PWD=***: ", ran.stderr)
+                    self.assertNotIn("s3cret", ran.stdout + ran.stderr)
+                    self.assertFalse(os.path.exists(self.site))
+
+    def test_what_is_no_connection_string_is_refused_without_being_quoted(self):
+        path = os.path.join(self.folder.name, "database")
+        for content, reason in (("", "holds no connection string"), (" \n\n", "holds no connection string"),
+                                ("PWD=s3cret\nServer=x", "the connection string alone, on one line"),
+                                ("PWD=s3cret\0", "the connection string alone, on one line"),
+                                ("s3cret" * 20000, "is too long")):
+            with open(path, "w", encoding="utf-8") as file:
+                file.write(content)
+            for name in (path, "-"):
+                with self.subTest(content=content[:20], name=name), open(path, "rb") as file:
+                    ran = self.init_from(name, file)
+                    self.assertEqual(ran.returncode, USAGE, ran.stderr)
+                    self.assertIn(reason, ran.stderr)
+                    self.assertNotIn("s3cret", ran.stderr)
+        both = run("init", self.site, "--database", "Driver=x", "--database-file", path)
+        self.assertEqual(both.returncode, USAGE)
+        missing = run("init", self.site, "--database-file", path + ".not")
+        self.assertEqual(missing.returncode, FAILED)
+        self.assertIn("File not found", missing.stderr)
+        self.assertFalse(os.path.exists(self.site))
+
     def test_wants_a_directory(self):
         self.assertEqual(run("init").returncode, USAGE)
 

@@ -85,6 +85,14 @@ class Init(unittest.TestCase):
         self.assertFalse(os.path.exists(os.path.join(site, "talvex.db")))
         self.assertEqual(run("--config", site, "budgets").returncode, DONE)
 
+    def test_the_connection_string_may_come_from_a_file(self):
+        path = os.path.join(self.folder.name, "database")
+        pathlib.Path(path).write_text(self.server.connection_string(self.database) + "\n", encoding="utf-8")
+        site = os.path.join(self.folder.name, "site")
+        ran = run("init", site, "--sample", "--database-file", path)
+        self.assertEqual((ran.returncode, ran.stderr), (DONE, ""))
+        self.assertEqual(run("--config", site, "budgets").returncode, DONE)
+
     def test_the_clock_of_the_server_follows_now(self):
         site, _ = self.init("site")
         with Gateway(site) as gateway:

@@ -24,6 +24,7 @@ namespace number = automation::error_number;
 
 constexpr std::string_view kSource = "Talvex.Platform.Files";
 constexpr mode_t kNewFileMode = 0666;  // The process's mask takes its share.
+constexpr mode_t kOwnerOnly = 0600;
 
 [[noreturn]] void Raise(int system_error, const std::string& path) {
   const std::string tail = ": " + path + " (" + std::generic_category().message(system_error) + ")";
@@ -49,8 +50,8 @@ std::string Checked(const std::string& path) {
 // An open file or folder. Errors speak of the path that is `named`: the one that the caller knows.
 class Descriptor {
  public:
-  Descriptor(const std::string& path, int flags, const std::string& named)
-      : named_(named), handle_(open(path.c_str(), flags | O_CLOEXEC, kNewFileMode)) {
+  Descriptor(const std::string& path, int flags, const std::string& named, mode_t mode = kNewFileMode)
+      : named_(named), handle_(open(path.c_str(), flags | O_CLOEXEC, mode)) {
     if (handle_ < 0) Raise(errno, named_);
   }
   ~Descriptor() {
@@ -114,8 +115,8 @@ void MoveToFreeName(const std::string& from, const std::string& to, const std::s
   unlink(from.c_str());
 }
 
-void WriteWhole(const std::string& path, std::string_view content, const std::string& named) {
-  Descriptor file(path, O_WRONLY | O_CREAT | O_EXCL, named);
+void WriteWhole(const std::string& path, std::string_view content, const std::string& named, mode_t mode) {
+  Descriptor file(path, O_WRONLY | O_CREAT | O_EXCL, named, mode);
   while (!content.empty()) content.remove_prefix(file.Write(content));
   file.Sync();
   file.Close();
@@ -123,13 +124,13 @@ void WriteWhole(const std::string& path, std::string_view content, const std::st
 
 // Writes under another name in the same folder, and gives the whole file its final name by `move`.
 template <class Move>
-void WriteBeside(const std::string& path, std::string_view content, Move move) {
+void WriteBeside(const std::string& path, std::string_view content, Move move, mode_t mode = kNewFileMode) {
   const std::string final_name = Checked(path);
   const std::string folder = FolderOf(final_name);
   const Descriptor folder_handle(folder, O_RDONLY | O_DIRECTORY, path);
   const std::string temporary_name = TemporaryName(folder);
   try {
-    WriteWhole(temporary_name, content, path);
+    WriteWhole(temporary_name, content, path, mode);
     move(temporary_name, final_name, path);
   } catch (...) {
     unlink(temporary_name.c_str());
@@ -171,6 +172,10 @@ std::optional<std::string> SystemFiles::Version(const std::string& path) const {
 
 void SystemFiles::WriteNew(const std::string& path, std::string_view content) {
   WriteBeside(path, content, &MoveToFreeName);
+}
+
+void SystemFiles::WriteNewForOwner(const std::string& path, std::string_view content) {
+  WriteBeside(path, content, &MoveToFreeName, kOwnerOnly);
 }
 
 void SystemFiles::Replace(const std::string& path, std::string_view content) {

@@ -18,6 +18,8 @@ class SystemFiles final : public platform::Files {
   [[nodiscard]] std::string Read(const std::string& path) const override;
   [[nodiscard]] std::optional<std::string> Version(const std::string& path) const override;
   void WriteNew(const std::string& path, std::string_view content) override;
+  // WriteNew for what may hold a password: from the first byte on nobody but its owner can open the file.
+  void WriteNewForOwner(const std::string& path, std::string_view content);
   void Replace(const std::string& path, std::string_view content) override;
   void Append(const std::string& path, std::string_view content) override;
   void Rename(const std::string& from, const std::string& to) override;

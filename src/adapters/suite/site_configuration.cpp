@@ -49,7 +49,12 @@ std::shared_ptr<const SiteConfiguration> SiteConfiguration::Read(const std::stri
   const std::string file = platform::SystemPath(path);
   const std::string text = platform::Environment::Current().files->Read(file);
   XmlDocument document;
-  if (!document.LoadXml(text)) RaiseUnusable(file, document.Error().reason);
+  // What the parser says may quote a password from the file.
+  if (!document.LoadXml(text)) {
+    const std::int32_t line = document.Error().line;
+    RaiseUnusable(file, "it is no valid XML document" +
+                            (line == 0 ? std::string() : ", look at line " + std::to_string(line)));
+  }
   return std::make_shared<const SiteConfiguration>(file, *document.DocumentElement());
 }
 

@@ -41,7 +41,8 @@ class SiteApplication {
 class SiteConfiguration {
  public:
   // Reads the file through the environment. Raises 53 when there is none and 5, with the file and the reason,
-  // when it is no site configuration or says something twice.
+  // when it is no site configuration or says something twice. No value of the file, which may be a password,
+  // reaches the message.
   [[nodiscard]] static std::shared_ptr<const SiteConfiguration> Read(const std::string& path);
 
   SiteConfiguration(std::string path, platform::xml::XmlNode& root);

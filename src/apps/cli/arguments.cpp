@@ -82,7 +82,9 @@ class Grammar {
     app.add_option("--config", globals_.directory, "The directory of the installation")->type_name("DIR");
     app.add_option("--now", globals_.now, "Work as if it were then: 2026-01-05, or 2026-01-05T09:07:03")
         ->type_name("TIME");
-    app.add_option("--user", globals_.user, "Whose language the titles of amounts are in")->type_name("USER");
+    app.add_option("--user", globals_.user,
+                   "Whose language titles of amounts, exports and messages of imports are in")
+        ->type_name("USER");
     app.add_flag("--json", globals_.json, "Answer in JSON");
   }
 
@@ -121,10 +123,16 @@ class Grammar {
         Add("init", "Make an installation in an empty or new directory", &RunInit);
     Positional(*command, "DIR", arguments->directory, "The directory")->required();
     command->add_flag("--sample", arguments->sample, "With a small sample company");
+    auto* const database = command->add_option(
+        "--database", arguments->database,
+        "The ODBC connection string of a database server; an embedded database when left out");
+    database->type_name("STRING");
     command
-        ->add_option("--database", arguments->database,
-                     "The ODBC connection string of a database server; an embedded database when left out")
-        ->type_name("STRING");
+        ->add_option("--database-file", arguments->database_file,
+                     "A file with the connection string, which other users could read among the arguments; - "
+                     "for standard input")
+        ->type_name("FILE")
+        ->excludes(database);
   }
 
   void AddPost() {

@@ -1,5 +1,6 @@
 // The commands of the program, without the grammar of their arguments. Each writes its answer to the
-// session's output and returns an exit status; what goes wrong is thrown as UsageError or automation::Error.
+// session's output and returns an exit status; what goes wrong is thrown: UsageError, Refusal or Failure of
+// session.h, or automation::Error.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +16,8 @@ namespace talvex::apps {
 struct InitArguments {
   std::string directory;
   bool sample = false;
-  std::string database;  // A connection string; empty for the embedded database.
+  std::string database;       // A connection string; empty for the embedded database.
+  std::string database_file;  // Where one is read from instead, "-" for standard input; empty for nowhere.
 };
 ExitStatus RunInit(Session& session, const InitArguments& arguments);
 

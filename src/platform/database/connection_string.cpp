@@ -1,24 +1,43 @@
 #include "platform/database/connection_string.h"
 
+#include <algorithm>
+
 #include "automation/text.h"
 
 namespace talvex::platform::database {
 
 namespace {
 
+// Drivers know more passwords than that of the user (one for a key file, one for a proxy), and psqlodbc hands
+// what stands in its "pqopt" on, a password perhaps among it.
 bool IsSecret(std::string_view key) {
-  return automation::SameFolded(key, "PWD") || automation::SameFolded(key, "Password");
+  const std::string folded = automation::Folded(key);
+  if (folded == "pqopt") return true;
+  for (const std::string_view word : {"pwd", "password", "secret", "token"}) {
+    if (folded.find(word) != std::string::npos) return true;
+  }
+  return false;
 }
 
-// The end of the part that begins at `from`: the next ";" outside braces.
-std::size_t EndOfPart(std::string_view text, std::size_t from) {
-  bool in_braces = false;
-  for (std::size_t at = from; at < text.size(); ++at) {
-    if (text[at] == '{') in_braces = true;
-    if (text[at] == '}') in_braces = false;
-    if (text[at] == ';' && !in_braces) return at;
+// The place behind a value in braces that begins at `open`; the end of the text when the braces have none.
+// Two closing braces in a row are one that belongs to the value.
+std::size_t BehindBraces(std::string_view text, std::size_t open) {
+  for (std::size_t at = text.find('}', open); at != std::string_view::npos; at = text.find('}', at)) {
+    if (at + 1 == text.size() || text[at + 1] != '}') return at + 1;
+    at += 2;
   }
   return text.size();
+}
+
+// The end of the part that begins at `from`: the next ";" outside braces, which count at the beginning of a
+// value only.
+std::size_t EndOfPart(std::string_view text, std::size_t from) {
+  const std::size_t end = std::min(text.find(';', from), text.size());
+  const std::size_t equals = text.find('=', from);
+  if (equals >= end) return end;
+  const std::size_t value = text.find_first_not_of(' ', equals + 1);
+  if (value >= end || text[value] != '{') return end;
+  return std::min(text.find(';', BehindBraces(text, value)), text.size());
 }
 
 }  // namespace
@@ -40,7 +59,7 @@ std::string ConnectionString::Value(std::string_view key) const {
   for (const auto& [name, value] : parts_) {
     if (!automation::SameFolded(name, key)) continue;
     const bool braced = value.size() >= 2 && value.front() == '{' && value.back() == '}';
-    return braced ? value.substr(1, value.size() - 2) : value;
+    return braced ? automation::Replaced(value.substr(1, value.size() - 2), "}}", "}") : value;
   }
   return {};
 }

@@ -76,6 +76,21 @@ TEST_F(PosixFilesTest, ANewFileIsReadBackByteForByte) {
   EXPECT_EQ(files_.Read(Path("empty")), "");
 }
 
+TEST_F(PosixFilesTest, ANewFileForItsOwnerCanBeOpenedByNobodyElseWhateverTheMaskAllows) {
+  const mode_t mask = umask(0);
+  files_.WriteNewForOwner(Path("a"), "secret");
+  files_.WriteNew(Path("b"), "open");
+  umask(mask);
+  struct stat found {};
+  ASSERT_EQ(stat(Path("a").c_str(), &found), 0);
+  EXPECT_EQ(found.st_mode & 0777U, 0600U);
+  ASSERT_EQ(stat(Path("b").c_str(), &found), 0);
+  EXPECT_EQ(found.st_mode & 0777U, 0666U);
+  EXPECT_EQ(files_.Read(Path("a")), "secret");
+  ExpectError(number::kFileAlreadyExists, Path("a"), "exists",
+              [&] { files_.WriteNewForOwner(Path("a"), ""); });
+}
+
 TEST_F(PosixFilesTest, ANewFileLeavesNothingElseBeside) {
   files_.WriteNew(Path("a"), "x");
   EXPECT_EQ(Names(), std::vector<std::string>{"a"});
