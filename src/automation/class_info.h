@@ -4,8 +4,8 @@
 //   class Account final : public Object {
 //     TALVEX_CLASS(Account, "Bank.Account", "An account and its balance.");
 //    public:
-//     TALVEX_METHOD(double, Deposit, (double iAmount, Date iDate), "Adds iAmount as of iDate; returns the
-//     balance."); TALVEX_PROPERTY(std::string, Owner, "Who holds the account.");
+//     TALVEX_METHOD(double, Deposit, (double iAmount), "Adds iAmount; returns the balance.");
+//     TALVEX_PROPERTY(std::string, Owner, "Who holds the account.");
 //   };
 #pragma once
 

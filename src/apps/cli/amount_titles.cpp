@@ -45,7 +45,7 @@ AmountTitles TitlesFor(Session& session) {
            {text("SLBBU0072", "Amount awaiting approval"), &LineRow::not_approved},
            {text("SLBBU0070", "Approved amount"), &LineRow::approved},
            {text("SLBBU0071", "Ordered amount"), &LineRow::sent},
-           {"Received amount", &LineRow::received},  // Has no text in the table, in the mails neither.
+           {"Received amount", &LineRow::received},  // No label stands for it, in the mails neither.
            {text("SLBBU0073", "Closed amount"), &LineRow::closed}},
           text("SLBBU0074", "Available amount")};
 }

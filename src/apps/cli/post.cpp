@@ -90,7 +90,7 @@ Report Post(Session& session, const Posting& posting) {
   return report;
 }
 
-// The names of the mails in the installation's outbox. A mail that was sent on is no longer there.
+// The names of the mails in the installation's outbox. Whoever sends them on takes them out of it.
 std::set<std::string> Mails(const Session& session) {
   std::set<std::string> names;
   std::error_code missing;
