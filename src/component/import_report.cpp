@@ -3,9 +3,9 @@
 #include <map>
 #include <unordered_map>
 
+#include "automation/codes.h"
 #include "automation/conversions.h"
 #include "automation/decimal.h"
-#include "automation/text.h"
 #include "exchange/budget.h"
 #include "services/lib_general.h"
 
@@ -20,7 +20,7 @@ using Outcome = ImportedRow::Outcome;
 
 // A row of a table, by column.
 using Row = std::vector<std::pair<std::string, std::string>>;
-using Rows = std::unordered_map<std::string, Row, automation::FoldedHash, automation::FoldedEqual>;
+using Rows = automation::CodeMap<Row>;
 
 constexpr char kBetween = '\n';
 

@@ -1,6 +1,7 @@
 // Importing budgets from a workbook.
 #include <unordered_set>
 
+#include "automation/codes.h"
 #include "automation/text.h"
 #include "automation/transaction_context.h"
 #include "exchange/budget.h"
@@ -29,8 +30,9 @@ struct Budget::ImportRun {
   std::shared_ptr<Dictionary> currencies{};
   automation::ObjectRef ledger{};
   bool broken = false;  // Something failed that is not the workbook's fault.
+  // As they are spelled: a header brings in the lines that spell its code as it does.
   std::unordered_set<std::string> loaded{};
-  std::unordered_set<std::string> rejected{};
+  automation::CodeSet rejected{};
   std::size_t told = 0;
 
   // Tells of an element, with what was added to the error text since the last one.
@@ -139,13 +141,18 @@ void Budget::LoadHeaders(ImportRun& run) {
       Variant user = run.user;
       run.ledger->Call("InsertBudgets", header, run.document, error, user);
     });
-    (loaded ? run.loaded : run.rejected).insert(code);
+    if (loaded) {
+      run.loaded.insert(code);
+    } else {
+      run.rejected.insert(code);
+    }
   });
 }
 
 void Budget::LoadLines(ImportRun& run) {
   run.ForEach("BudgetLine", [&](const XmlNodeRef& line, const std::string& code) {
-    // Lines come in, or stay out, with their header.
+    // Lines come in with their header when they spell its code as it does, and otherwise by themselves; they
+    // stay out with it however they spell it.
     if (run.loaded.contains(code) || run.rejected.contains(code)) return;
     if (!CheckBudgetLineNode(run.user, *line, run.error)) return;
     run.Load(code, [&](Variant& error) {

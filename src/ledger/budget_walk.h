@@ -4,10 +4,9 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
-#include "automation/text.h"
+#include "automation/codes.h"
 
 namespace talvex {
 
@@ -27,7 +26,7 @@ class BudgetWalk {
 
  private:
   enum class Status { OnPath, Walked };
-  std::unordered_map<std::string, Status, automation::FoldedHash, automation::FoldedEqual> budgets_;
+  automation::CodeMap<Status> budgets_;
   std::size_t path_length_ = 0;
 };
 

@@ -3,12 +3,10 @@
 
 #include <memory>
 #include <string>
-#include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
+#include "automation/codes.h"
 #include "automation/dictionary.h"
-#include "automation/text.h"
 #include "types/talvex_types.h"
 
 namespace talvex {
@@ -27,7 +25,7 @@ class AncestorPairs {
 
  private:
   std::vector<HoldParents> pairs_;
-  std::unordered_set<std::string, automation::FoldedHash, automation::FoldedEqual> children_;
+  automation::CodeSet children_;
 };
 
 // The parents of budgets, each budget's read once.
@@ -38,9 +36,7 @@ class ParentBudgets {
   [[nodiscard]] AncestorPairs CollectAncestors(const std::string& budget);
 
  private:
-  std::unordered_map<std::string, std::shared_ptr<automation::Dictionary>, automation::FoldedHash,
-                     automation::FoldedEqual>
-      parents_;
+  automation::CodeMap<std::shared_ptr<automation::Dictionary>> parents_;
 };
 
 // Adds a path for every step that leads back to the budget, as key and item; a path that is there already

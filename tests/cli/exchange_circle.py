@@ -126,6 +126,22 @@ class Faults(ExchangeTest):
                 self.assertEqual([row["outcome"] for row in answer["rows"]], ["refused", "refused"])
                 self.assertEqual(self.tables(), before)
 
+    def test_a_refused_header_keeps_lines_out_however_they_spell_its_code(self):
+        bad = ("it-hw-ams", "Standard", "EUR", "Mars", "SOFTWARE", "", "", None)
+        answer = self.imported(self.book(budgets=[bad], lines=[("IT-HW-AMS", "1/1/2030", None, 5),
+                                                               ("It-Hw-Ams", "1/1/2031", None, 5)]),
+                               status=NO)
+        self.assertEqual([row["outcome"] for row in answer["rows"]], ["refused"] * 3)
+        self.assertEqual(answer["errors"], ["The administrative office is unknown-it-hw-ams"])
+
+    def test_a_loaded_header_leaves_lines_of_another_spelling_to_themselves(self):
+        good = ("it-hw-ams", "Standard", "EUR", "", "HARDWARE", "p.deboer", "", 10)
+        answer = self.imported(self.book(budgets=[good], lines=[("IT-HW-AMS", "1/1/2030", None, 5),
+                                                                ("It-Hw-Ams", "1/1/2031", None, -5)]),
+                               status=NO)
+        self.assertEqual([row["outcome"] for row in answer["rows"]], ["left alone", "inserted", "refused"])
+        self.assertEqual(answer["errors"], ["The budget amount must not be negative-It-Hw-Ams"])
+
     def test_0_and_100_are_warning_steps_and_empty_references_are_allowed(self):
         for step in (0, 100, None):
             budget = ("NEW", "Standard", "EUR", None, "SOFTWARE", None, None, step)

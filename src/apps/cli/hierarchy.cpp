@@ -1,10 +1,10 @@
 #include "apps/cli/hierarchy.h"
 
 #include <algorithm>
-#include <unordered_set>
 #include <utility>
 
 #include "automation/conversions.h"
+#include "automation/text.h"
 
 namespace talvex::apps {
 
@@ -36,10 +36,8 @@ const BudgetRow* Hierarchy::Budget(std::string_view code) const {
 bool Hierarchy::Knows(std::string_view code) const { return has_parent_.find(code) != has_parent_.end(); }
 
 struct Hierarchy::Walk {
-  using Codes = std::unordered_set<std::string, automation::FoldedHash, automation::FoldedEqual>;
-
   std::vector<TreeRow> rows;
-  Codes seen;
+  automation::CodeSet seen;
 };
 
 // Keeps the places still to be visited in a list of its own: a chain of budgets may be longer than the stack
@@ -47,7 +45,7 @@ struct Hierarchy::Walk {
 void Hierarchy::Descend(const std::string& top, Walk& walk) const {
   std::vector<TreeRow> waiting = {{top, {}, 0, true, TreeRow::Mark::None}};
   std::vector<std::string> path;
-  Walk::Codes on_path;
+  automation::CodeSet on_path;
   while (!waiting.empty()) {
     TreeRow row = std::move(waiting.back());
     waiting.pop_back();

@@ -5,11 +5,10 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "apps/cli/ledger_rows.h"
-#include "automation/text.h"
+#include "automation/codes.h"
 
 namespace talvex::apps {
 
@@ -41,16 +40,14 @@ class Hierarchy {
   [[nodiscard]] std::vector<TreeRow> Tree(const std::optional<std::string>& top) const;
 
  private:
-  template <class T>
-  using ByCode = std::unordered_map<std::string, T, automation::FoldedHash, automation::FoldedEqual>;
   struct Walk;
 
   void Descend(const std::string& top, Walk& walk) const;
 
-  ByCode<BudgetRow> budgets_;
-  ByCode<std::vector<std::string>> children_;
-  ByCode<bool> has_parent_;         // For every code there is.
-  std::vector<std::string> codes_;  // All of them, in order.
+  automation::CodeMap<BudgetRow> budgets_;
+  automation::CodeMap<std::vector<std::string>> children_;
+  automation::CodeMap<bool> has_parent_;  // For every code there is.
+  std::vector<std::string> codes_;        // All of them, in order.
 };
 
 }  // namespace talvex::apps

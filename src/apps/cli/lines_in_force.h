@@ -3,12 +3,11 @@
 
 #include <optional>
 #include <string>
-#include <unordered_map>
 
 #include "apps/cli/layout.h"
 #include "apps/cli/ledger_rows.h"
 #include "apps/cli/session.h"
-#include "automation/text.h"
+#include "automation/codes.h"
 
 namespace talvex::apps {
 
@@ -24,8 +23,7 @@ class LinesInForce {
   Connection& connection_;
   automation::ObjectRef ledger_;
   automation::Date day_;
-  std::unordered_map<std::string, std::optional<LineRow>, automation::FoldedHash, automation::FoldedEqual>
-      lines_;
+  automation::CodeMap<std::optional<LineRow>> lines_;
 };
 
 // What is available on a line, as three cells: the amount, a short bar and the part in percent.

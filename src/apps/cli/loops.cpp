@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <unordered_set>
 
 #include <nlohmann/json.hpp>
 
@@ -7,6 +6,7 @@
 #include "apps/cli/layout.h"
 #include "apps/cli/ledger_rows.h"
 #include "apps/cli/results.h"
+#include "automation/codes.h"
 #include "automation/text.h"
 
 namespace talvex::apps {
@@ -42,7 +42,7 @@ std::pair<std::string, std::string> EndsOf(Connection& connection, const std::st
 std::vector<std::string> WayUp(Connection& connection, const std::string& from, const std::string& to) {
   std::vector<std::string> codes = {from};
   std::vector<std::size_t> below = {0};
-  std::unordered_set<std::string, automation::FoldedHash, automation::FoldedEqual> known = {from};
+  automation::CodeSet known = {from};
   for (std::size_t next = 0; next < codes.size(); ++next) {
     if (SameCode(codes[next], to)) {
       std::vector<std::string> way = {codes[next]};

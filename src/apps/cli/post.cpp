@@ -1,7 +1,6 @@
 #include <cmath>
 #include <filesystem>
 #include <set>
-#include <unordered_set>
 
 #include <nlohmann/json.hpp>
 
@@ -11,6 +10,7 @@
 #include "apps/cli/inputs.h"
 #include "apps/cli/layout.h"
 #include "apps/cli/ledger_rows.h"
+#include "automation/codes.h"
 #include "automation/conversions.h"
 #include "automation/text.h"
 
@@ -46,7 +46,7 @@ struct Report {
 // The budget and all those above it, each once. The hierarchy may be a diamond, or even have a loop.
 std::vector<std::string> WithAncestors(Connection& connection, const std::string& code) {
   std::vector<std::string> codes = {code};
-  std::unordered_set<std::string, automation::FoldedHash, automation::FoldedEqual> known = {code};
+  automation::CodeSet known = {code};
   for (std::size_t next = 0; next < codes.size(); ++next) {
     for (std::string& parent : ReadParents(connection, codes[next])) {
       if (known.insert(parent).second) codes.push_back(std::move(parent));
