@@ -5,6 +5,7 @@
 #include "automation/text.h"
 #include "exchange/budget.h"
 #include "platform/database/literals.h"
+#include "services/filter_literal.h"
 #include "services/frame.h"
 #include "services/lib_general.h"
 #include "services/lib_sql.h"
@@ -121,7 +122,7 @@ class DocumentWriter {
 
  private:
   static void Filter(Recordset& rows, const std::string& column, const std::string& code) {
-    rows.SetFilter(column + "='" + automation::Replaced(code, "'", "''") + "'");
+    rows.SetFilter(column + "=" + FilterLiteral(code));
   }
 
   void AddBudget(const Recordset& budget, Recordset& lines, Recordset& relations) {

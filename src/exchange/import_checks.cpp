@@ -5,6 +5,7 @@
 #include "exchange/import_elements.h"
 #include "platform/suite.h"
 #include "platform/xml/xpath_literal.h"
+#include "services/filter_literal.h"
 #include "services/frame.h"
 #include "services/lib_general.h"
 #include "services/lib_sql.h"
@@ -169,7 +170,7 @@ bool Budget::ValidateBudgetRelations(const std::string& i_sUser, const XmlNodeRe
 bool Budget::CheckRelation(const std::string& user, const XmlNode& relation, Recordset& budgets,
                            std::string& error) {
   const auto find = [&](const std::string& before, const std::string& code) {
-    budgets.SetFilter(before + "BUDGETCODE='" + automation::Replaced(code, "'", "''") + "'");
+    budgets.SetFilter(before + "BUDGETCODE=" + FilterLiteral(code));
     return !budgets.Eof();
   };
   const std::string parent = OwnKey(relation).value_or("");

@@ -7,6 +7,7 @@
 #include "ledger/selection.h"
 #include "platform/database/literals.h"
 #include "platform/environment.h"
+#include "services/filter_literal.h"
 #include "services/frame.h"
 #include "services/lib_general.h"
 #include "services/lib_sql.h"
@@ -18,16 +19,12 @@ using automation::Collection;
 using automation::Date;
 using automation::Variant;
 using Lib_General::Gen_NullToString;
-using Lib_General::Gen_QuoteSQL;
 using Lib_General::getConnection;
 using Lib_SQL::Sql_GetReadonlyRecordset;
 using platform::database::DateLiteral;
 using platform::database::TextLiteral;
 
 namespace {
-
-// A text between quotes, as a record set's filter reads it.
-std::string FilterLiteral(const std::string& text) { return "'" + Gen_QuoteSQL(text) + "'"; }
 
 // A budget without office, or without charge type, is one that holds the empty text: a Null is not found.
 std::array<std::string, kSelectionLevels> LevelCriteria(const std::string& office,

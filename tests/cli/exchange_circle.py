@@ -80,6 +80,23 @@ class Circle(ExchangeTest):
                 self.assertEqual(self.tables(), before)
                 os.remove(path)
 
+    def test_codes_of_any_characters_come_back(self):
+        codes = ("50[%]", "50%", "[50]", "O'Neil ''", "A_*#", "100 [%] [%%]")
+        for code in codes:
+            self.sql("INSERT INTO BUDGET (BUDGETCODE, BUDGETTYPE, CURRENCYCODE, CHARGETYPECODE, "
+                     "APPROVEINBUDGET) VALUES (?, 2, 'EUR', 'SOFTWARE', 0)", code)
+            self.sql("INSERT INTO BUDGETLINES (BUDGETCODE, STARTDATE, BUDGETAMNT) VALUES (?, ?, ?)", code,
+                     "2026-01-01T00:00:00", len(code))
+            self.sql("INSERT INTO BUDGETRELATIONS (PARENTBUDGET, CHILDBUDGET) VALUES (?, 'IT'), ('IT', ?)",
+                     code, code)
+        self.sql("DELETE FROM BUDGETRELATIONS WHERE PARENTBUDGET = 'IT'")
+        before = self.tables()
+        path = self.export("0", "zzz")
+        for table in ("BUDGETLINES", "BUDGETRELATIONS", "BUDGET"):
+            self.sql(f"DELETE FROM {table}")
+        self.assertEqual(self.imported(path)["errors"], [])
+        self.assertEqual(self.tables(), before)
+
     def test_a_dry_run_tells_all_and_keeps_nothing(self):
         path = self.book(budgets=[("NEW", "Standard", "EUR", "", "SOFTWARE", "", "Yes", 10)],
                          lines=[("NEW", "1/1/2026", "12/31/2026", 500),
