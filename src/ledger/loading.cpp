@@ -89,6 +89,12 @@ Variant NumberOrNull(const std::string& text) {
   return automation::ToDouble(Variant(text));
 }
 
+// Whether an export writes both numbers with the same digits: what comes back from one must not take away
+// those that it could not show. Null reads as nothing.
+bool ReadsTheSame(const Variant& stored, const Variant& given) {
+  return Lib_General::Gen_NullToString(stored) == Lib_General::Gen_NullToString(given);
+}
+
 void SetNewBudget(Recordset& budget, const Element& header) {
   budget.AddNew(std::nullopt, std::nullopt);
   budget.SetValue("BUDGETCODE", header.Code());
@@ -104,7 +110,8 @@ void SetNewBudget(Recordset& budget, const Element& header) {
 void SetWhatMayChange(Recordset& budget, const Element& header) {
   budget.SetValue("CHARGETYPECODE", header.Text("ChargeType"));
   budget.SetValue("USERID", Gen_EmptyToNull(header.Text("BudgetHolder")));
-  budget.SetValue("BUDGETWARNING", NumberOrNull(header.Text("WarnMultiples")));
+  const Variant step = NumberOrNull(header.Text("WarnMultiples"));
+  if (!ReadsTheSame(budget.Value("BUDGETWARNING"), step)) budget.SetValue("BUDGETWARNING", step);
 }
 
 std::string SelectLines(const std::string& code) {
@@ -116,35 +123,58 @@ struct Period {
   std::optional<Date> end;
 };
 
-std::string DayLiteral(Date day) { return "'" + day.ToText() + "'"; }
-
-// Stands on the line of exactly that period; false when there is none.
-bool FindSame(Recordset& lines, const Period& period) {
-  const std::string end = period.end ? "ENDDATE = " + DayLiteral(*period.end) : "ENDDATE IS NULL";
-  lines.SetFilter("(STARTDATE = " + DayLiteral(period.start) + " AND " + end + ")");
-  return !lines.Eof();
+// The day that a column of dates holds; nothing for Null.
+std::optional<Date> DayIn(const Recordset& line, std::string_view column) {
+  const Variant date = line.Value(column);
+  if (date.IsNull()) return std::nullopt;
+  return automation::ToDate(date).DayOnly();
 }
 
-// Whether every line conflicts with the period. The test is kept in exactly this form, although only a line
-// whose dates are turned round fails it. A period without an end is compared by its start alone.
-bool Conflicts(Recordset& lines, const Period& period) {
-  const std::string start = DayLiteral(period.start);
-  if (period.end) {
-    const std::string end = DayLiteral(*period.end);
-    lines.SetFilter(" ((STARTDATE <= " + end + ") OR  (ENDDATE >= " + start + ") OR  (STARTDATE <> " + start +
-                    " AND ENDDATE <> " + end + ")) ");
-  } else {
-    lines.SetFilter("(ENDDATE >= " + start + ") OR (STARTDATE <> " + start + ")");
+// Stands on the first line that passes; false, behind the last one, when none does. Periods are compared by
+// their days, which a filter, comparing stored times of day as well, would not do.
+template <class Test>
+bool StandOn(Recordset& lines, Test&& passes) {
+  for (lines.MoveFirst(); !lines.Eof(); lines.MoveNext()) {
+    if (passes()) return true;
   }
-  return lines.Eof();
+  return false;
 }
 
-void AddLine(Recordset& lines, const std::string& code, const Period& period) {
-  lines.SetFilter("");
+bool HasAmount(const Recordset& line, double amount) {
+  return ReadsTheSame(Lib_General::Gen_NullToDouble(line.Value("BUDGETAMNT")), amount);
+}
+
+// Stands on the line of exactly that period; false when there is none. Where the store has several of the
+// period, the one that has the amount already is meant: what was exported comes back to where it was.
+bool FindSame(Recordset& lines, const Period& period, double amount) {
+  const auto same = [&] {
+    return DayIn(lines, "STARTDATE") == period.start && DayIn(lines, "ENDDATE") == period.end;
+  };
+  return StandOn(lines, [&] { return same() && HasAmount(lines, amount); }) || StandOn(lines, same);
+}
+
+// Whether every line conflicts with the period. One passes that starts by the period's end, or ends from its
+// start on, or has another start and another end: so only open-ended lines that start behind the
+// period fail, and what is turned round; one line that passes is enough. A period without an end is compared
+// by its start alone.
+bool Conflicts(Recordset& lines, const Period& period) {
+  return !StandOn(lines, [&] {
+    const auto start = DayIn(lines, "STARTDATE");
+    const auto end = DayIn(lines, "ENDDATE");
+    const bool other_start = start && *start != period.start;
+    const bool ends_late_enough = end && *end >= period.start;
+    if (!period.end) return ends_late_enough || other_start;
+    const bool other_end = end && *end != *period.end;
+    return (start && *start <= *period.end) || ends_late_enough || (other_start && other_end);
+  });
+}
+
+void AddLine(Recordset& lines, const std::string& code, const Period& period, double amount) {
   lines.AddNew(std::nullopt, std::nullopt);
   lines.SetValue("BUDGETCODE", code);
   lines.SetValue("STARTDATE", period.start);
   lines.SetValue("ENDDATE", period.end ? Variant(*period.end) : Variant(automation::kNull));
+  lines.SetValue("BUDGETAMNT", amount);
 }
 
 // Whether the parent is the child itself or stands below it already.
@@ -199,20 +229,24 @@ void BudgetT::InsertBudgetLines(const std::string& i_sBudgetCode, const XmlNodeR
       if (budget->Eof()) return refuse("SLBBU0356");
     }
     const Element element(i_oBudgetXMLNode, "BudgetLine", "the line");
+    const std::string& code = element.Code();
     const Period period = {automation::ToDate(Variant(element.Text("EffectiveDate"))).DayOnly(),
                            element.Day("ExpiryDate")};
     const double amount = automation::ToDouble(Variant(element.Text("BudgetAmnt")));
 
-    auto lines = Sql_GetUpdateableRecordset(SelectLines(element.Code()), connection, LockType::Optimistic);
+    auto lines = Sql_GetUpdateableRecordset(SelectLines(code), connection, LockType::Optimistic);
     if (lines->Eof()) {
-      AddLine(*lines, element.Code(), period);
+      AddLine(*lines, code, period, amount);
     } else {
       // An open-ended line that is there already has no end that could be compared.
-      const bool known = !period.end && FindSame(*lines, period);
+      const bool known = !period.end && FindSame(*lines, period, amount);
       if (!known && Conflicts(*lines, period)) return refuse("SLBBU0333");
-      if (!FindSame(*lines, period)) AddLine(*lines, element.Code(), period);
+      if (!FindSame(*lines, period, amount)) {
+        AddLine(*lines, code, period, amount);
+      } else if (!HasAmount(*lines, amount)) {
+        lines->SetValue("BUDGETAMNT", amount);
+      }
     }
-    lines->SetValue("BUDGETAMNT", amount);
     SetBudgetAvailable(lines);
     lines->Update(std::nullopt, std::nullopt);
     Lib_SQL::CloseRecordset(lines);

@@ -97,6 +97,25 @@ class Circle(ExchangeTest):
         self.assertEqual(self.imported(path)["errors"], [])
         self.assertEqual(self.tables(), before)
 
+    def test_an_export_that_nobody_edited_changes_nothing(self):
+        """Whatever times of day its periods hold, however often a period occurs, and with amounts of more
+        digits than an export writes."""
+        self.sql("INSERT INTO BUDGET (BUDGETCODE, BUDGETTYPE, CURRENCYCODE, CHARGETYPECODE, APPROVEINBUDGET, "
+                 "BUDGETWARNING) VALUES ('TIMED', 1, 'EUR', 'SOFTWARE', 0, ?)", 100 / 3)
+        for start, end, amount in (("2026-01-01T10:30:00", "2026-12-31T23:59:59", 100),
+                                   ("2026-01-01T10:30:00", "2026-12-31T23:59:59", 200),
+                                   ("2026-01-01T00:00:00", "2026-12-31T00:00:00", 0.1 + 0.2),
+                                   ("2026-05-01T08:00:00", "2026-05-01T18:00:00", 5),
+                                   ("2027-01-01T08:00:00", None, 6)):
+            self.sql("INSERT INTO BUDGETLINES (BUDGETCODE, STARTDATE, ENDDATE, BUDGETAMNT, AVAILABLEAMNT, "
+                     "AVAILABLEPERC) VALUES ('TIMED', ?, ?, ?, ?, 1)", start, end, amount, amount)
+        every_cell = [f"SELECT * FROM {table} ORDER BY 1, 2" for table in
+                      ("BUDGET", "BUDGETLINES", "BUDGETRELATIONS")]
+        before = [self.sql(query) for query in every_cell]
+        answer = self.ask("import", self.export())
+        self.assertEqual(answer["errors"], [])
+        self.assertEqual([self.sql(query) for query in every_cell], before)
+
     def test_a_dry_run_tells_all_and_keeps_nothing(self):
         path = self.book(budgets=[("NEW", "Standard", "EUR", "", "SOFTWARE", "", "Yes", 10)],
                          lines=[("NEW", "1/1/2026", "12/31/2026", 500),
