@@ -38,23 +38,29 @@ constexpr std::int32_t kAggregate = 2;
 // document is not made, since there are tens of thousands of elements in an import.
 class Element {
  public:
-  // Error 91 without a node, naming what is missing; 5 for one that cannot stand alone.
-  Element(const XmlNodeRef& node, std::string_view name, std::string_view what) {
+  // Error 91 without a node, naming what is missing; 5 for one that cannot stand alone, and for one without
+  // the element or its attribute budgetCode, naming what was given.
+  Element(const XmlNodeRef& node, std::string_view name, std::string_view what) : name_(name) {
     Required(node, what, kSource);
     Collect(node);
     const auto found = std::find_if(elements_.begin(), elements_.end(),
                                     [&](const auto& element) { return element.first == name; });
-    if (found != elements_.end()) {
-      code_ = found->second->Attribute("budgetCode");
-      return;
-    }
-    platform::xml::XmlDocument document;
-    if (document.LoadXml(node->Xml())) return;
-    throw automation::Error(automation::error_number::kInvalidCall, kSource,
-                            "The element cannot be read: " + document.Error().reason);
+    if (found == elements_.end()) RaiseMissing(*node);
+    const auto attributes = found->second->Attributes();
+    const auto code = std::find_if(attributes.begin(), attributes.end(), [](const XmlNodeRef& attribute) {
+      return attribute->Name() == "budgetCode";
+    });
+    if (code == attributes.end()) Raise("The element " + name_ + " has no attribute budgetCode");
+    code_ = (*code)->Text();
   }
 
   [[nodiscard]] const std::string& Code() const noexcept { return code_; }
+  // Error 5 for a code of blanks, naming the element.
+  [[nodiscard]] const std::string& CodeToStore() const {
+    if (automation::Trimmed(code_).empty())
+      Raise("The attribute budgetCode of the element " + name_ + " holds no code");
+    return code_;
+  }
   // The text of the only child of that name; the empty text when there is none and when there are several.
   [[nodiscard]] std::string Text(std::string_view child) const {
     const platform::xml::XmlNode* only = nullptr;
@@ -74,6 +80,15 @@ class Element {
   }
 
  private:
+  [[noreturn]] static void Raise(const std::string& description) {
+    throw automation::Error(automation::error_number::kInvalidCall, kSource, description);
+  }
+  [[noreturn]] void RaiseMissing(const platform::xml::XmlNode& node) const {
+    platform::xml::XmlDocument document;
+    if (!document.LoadXml(node.Xml())) Raise("The element cannot be read: " + document.Error().reason);
+    Raise("The element " + node.Name() + " is no " + name_ + " and holds none");
+  }
+
   // The element and all in it, in document order.
   void Collect(const XmlNodeRef& element) {
     elements_.emplace_back(element->Name(), element);
@@ -81,6 +96,7 @@ class Element {
   }
 
   std::vector<std::pair<std::string, XmlNodeRef>> elements_;
+  std::string name_;
   std::string code_;
 };
 
@@ -108,7 +124,7 @@ void SetNewBudget(Recordset& budget, const Element& header) {
 
 // What an import changes in new and existing budgets alike.
 void SetWhatMayChange(Recordset& budget, const Element& header) {
-  budget.SetValue("CHARGETYPECODE", header.Text("ChargeType"));
+  budget.SetValue("CHARGETYPECODE", Gen_EmptyToNull(header.Text("ChargeType")));
   budget.SetValue("USERID", Gen_EmptyToNull(header.Text("BudgetHolder")));
   const Variant step = NumberOrNull(header.Text("WarnMultiples"));
   if (!ReadsTheSame(budget.Value("BUDGETWARNING"), step)) budget.SetValue("BUDGETWARNING", step);
@@ -192,13 +208,13 @@ bool BudgetT::InsertBudgets(const XmlNodeRef& i_oHeaderXMLNode, const XmlDocumen
                             std::string& o_sError, std::string& o_sUser) {
   return Writes("Talvex.BudgetT.InsertBudgets", [&] {
     const Element header(i_oHeaderXMLNode, "BudgetHeader", "the header");
+    const std::string& code = header.CodeToStore();
     const auto connection = getConnection();
-    auto budget =
-        Sql_GetUpdateableRecordset("SELECT * FROM BUDGET WHERE BUDGETCODE=" + TextLiteral(header.Code()),
-                                   connection, LockType::Optimistic);
+    auto budget = Sql_GetUpdateableRecordset("SELECT * FROM BUDGET WHERE BUDGETCODE=" + TextLiteral(code),
+                                             connection, LockType::Optimistic);
     if (budget->Eof()) {
       SetNewBudget(*budget, header);
-    } else if (Sql_GetReadonlyRecordset(SelectLines(header.Code()), connection)->Eof()) {
+    } else if (Sql_GetReadonlyRecordset(SelectLines(code), connection)->Eof()) {
       // Amounts are kept in the budget's currency, so that of a budget with lines stays.
       budget->SetValue("CURRENCYCODE", header.Text("Currency"));
     }
@@ -207,9 +223,8 @@ bool BudgetT::InsertBudgets(const XmlNodeRef& i_oHeaderXMLNode, const XmlDocumen
     Lib_SQL::CloseRecordset(budget);
     const auto lines =
         Required(i_oBudgetXML, "the document", kSource)
-            .SelectNodes("//BudgetLine[@budgetCode=" + platform::xml::XPathLiteral(header.Code()) + "]");
-    for (const XmlNodeRef& line : lines->Nodes())
-      InsertBudgetLines(header.Code(), line, o_sUser, o_sError, true);
+            .SelectNodes("//BudgetLine[@budgetCode=" + platform::xml::XPathLiteral(code) + "]");
+    for (const XmlNodeRef& line : lines->Nodes()) InsertBudgetLines(code, line, o_sUser, o_sError, true);
     return true;
   });
 }
@@ -229,7 +244,7 @@ void BudgetT::InsertBudgetLines(const std::string& i_sBudgetCode, const XmlNodeR
       if (budget->Eof()) return refuse("SLBBU0356");
     }
     const Element element(i_oBudgetXMLNode, "BudgetLine", "the line");
-    const std::string& code = element.Code();
+    const std::string& code = element.CodeToStore();
     const Period period = {automation::ToDate(Variant(element.Text("EffectiveDate"))).DayOnly(),
                            element.Day("ExpiryDate")};
     const double amount = automation::ToDouble(Variant(element.Text("BudgetAmnt")));

@@ -220,6 +220,27 @@ TEST(Import, SomethingThatBreaksInsideATransactionUndoesAllOfIt) {
   });
 }
 
+TEST(Import, AnElementWithoutACodeIsAnEntryAndUndoesNothingElse) {
+  WithExchange([](ExchangeWorld& world) {
+    Fill(world.Site());
+    TakeAsItIs(world);
+    const std::string line = "<EffectiveDate>1/1/2026</EffectiveDate><BudgetAmnt>5</BudgetAmnt></BudgetLine>";
+    const auto outcome = world.Site().Host().Transactions().Run([&] {
+      const Answer answer = Import(
+          world, "<I>" + Header("") + Header("budgetCode=' '") + Header("budgetCode='A'") + "<BudgetLine>" +
+                     line + "<BudgetLine budgetCode=''>" + line + "<BudgetLine budgetCode='A'>" + line +
+                     "<BudgetRelation><ChildBudget>A</ChildBudget></BudgetRelation></I>");
+      EXPECT_TRUE(answer.imported);
+      EXPECT_EQ(answer.log,
+                "\r\nThe budget code is missing-\r\nThe budget code is missing- "
+                "\r\nThe budget code is missing-");
+    });
+    EXPECT_EQ(outcome, host::Outcome::Committed);
+    EXPECT_EQ(world.Site().Rows("SELECT BUDGETCODE FROM BUDGET"), std::vector<std::string>{"A"});
+    EXPECT_EQ(world.Site().Rows("SELECT BUDGETCODE FROM BUDGETLINES"), std::vector<std::string>{"A"});
+  });
+}
+
 TEST(Import, OneReadingOfTheBudgetsServesAllRelations) {
   WithExchange([](ExchangeWorld& world) {
     Fill(world.Site());
