@@ -7,6 +7,9 @@
 #include "automation/conversions.h"
 #include "automation/decimal.h"
 #include "exchange/budget.h"
+#include "platform/database/literals.h"
+#include "services/entries.h"
+#include "services/lib_error_handling.h"
 #include "services/lib_general.h"
 
 namespace talvex::component {
@@ -161,6 +164,17 @@ void Judge(Arrival& arrival, const Tables& before, const Tables& after) {
   }
 }
 
+bool HasText(const std::string& user, const std::string& label) { return EntryText(user, label) != label; }
+
+bool IsEmptyRange(const std::string& from, const std::string& to) {
+  using platform::database::TextLiteral;
+  const auto connection = Lib_General::getConnection();
+  const auto count = connection->Execute(
+      "SELECT COUNT(*) FROM BUDGET WHERE BUDGETCODE BETWEEN " + TextLiteral(from) + " AND " + TextLiteral(to),
+      nullptr, platform::database::kOptionsUnspecified);
+  return automation::ToDouble(count->Value(0)) == 0;
+}
+
 }  // namespace
 
 ImportReport ImportWorkbook(const std::string& workbook, const std::string& user,
@@ -187,6 +201,17 @@ std::string WriteErrorLog(const std::string& error, const std::optional<std::str
 
 ExportReport ExportBudgets(const std::string& from, const std::string& to, const std::string& user) {
   ExportReport report;
+  const bool named = IsEmptyRange(from, to) ||
+                     (HasText(user, type_label::kStandard) && HasText(user, type_label::kAggregate));
+  if (!named) {
+    Lib_ErrorHandling::Err_AppendLine(
+        report.error,
+        "The types of budgets have no names in the language of user '" + user + "' (labels " +
+            type_label::kStandard + " and " + type_label::kAggregate +
+            "), so the workbook could not be imported again: export for another user, or add the texts",
+        "");
+    return report;
+  }
   report.file = Budget().Export(from, to, user, report.error);
   return report;
 }

@@ -43,7 +43,9 @@ struct ExportReport {
   std::string error;  // Empty when all went well.
 };
 
-// Exports the budgets of a range, as Talvex.Budget.CreateXMLforExport does, but writes no error log.
+// Exports the budgets of a range, as Talvex.Budget.CreateXMLforExport does, but writes no error log, and
+// refuses, with a sentence in `error`, to write for a user in whose language the types of budgets have no
+// names: such a workbook could not be imported again.
 [[nodiscard]] ExportReport ExportBudgets(const std::string& from, const std::string& to,
                                          const std::string& user);
 

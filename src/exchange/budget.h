@@ -14,6 +14,12 @@
 
 namespace talvex {
 
+// The labels of the texts by which an exported workbook names the types of budgets.
+namespace type_label {
+inline constexpr const char* kStandard = "SLBBU0357";
+inline constexpr const char* kAggregate = "SLBBU0358";
+}  // namespace type_label
+
 // The public class "Talvex.Budget". It keeps no state between calls.
 class Budget final : public automation::Object {
   TALVEX_CLASS(Budget, "Talvex.Budget", "Export and import of budgets as workbooks, by way of XML.");

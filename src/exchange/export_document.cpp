@@ -103,14 +103,16 @@ class ElementWriter {
   std::string text_;
 };
 
+struct TypeTexts {
+  std::string standard;
+  std::string aggregate;
+};
+
 // Writes the budgets of one document.
 class DocumentWriter {
  public:
   DocumentWriter(Budget& exchange, const std::string& user)
-      : writer_(exchange),
-        standard_(Lib_General::Gen_GetI18N(user, "SLBBU0357")),
-        aggregate_(Lib_General::Gen_GetI18N(user, "SLBBU0358")),
-        types_(exchange.getBudgetTypeDict()) {}
+      : writer_(exchange), user_(user), types_(exchange.getBudgetTypeDict()) {}
 
   [[nodiscard]] std::string Write(Recordset& budgets, Recordset& lines, Recordset& relations) {
     writer_.Around("Budgets", [&] {
@@ -138,8 +140,17 @@ class DocumentWriter {
     });
   }
 
+  // Looked up for the first budget: an export of nothing needs no language.
+  const TypeTexts& Texts() {
+    if (!texts_) {
+      texts_ = {Lib_General::Gen_GetI18N(user_, type_label::kStandard),
+                Lib_General::Gen_GetI18N(user_, type_label::kAggregate)};
+    }
+    return *texts_;
+  }
+
   void AddType(const Variant& type) {
-    type_text_ = Gen_NullToDouble(type) == 1 ? standard_ : aggregate_;
+    type_text_ = Gen_NullToDouble(type) == 1 ? Texts().standard : Texts().aggregate;
     writer_.Add("BudgetType", type_text_);
   }
 
@@ -175,8 +186,8 @@ class DocumentWriter {
   }
 
   ElementWriter writer_;
-  std::string standard_;
-  std::string aggregate_;
+  const std::string& user_;
+  std::optional<TypeTexts> texts_;
   std::shared_ptr<Dictionary> types_;
   std::string type_text_;
 };

@@ -2,6 +2,7 @@
 #include "automation/text.h"
 #include "exchange/budget.h"
 #include "exchange/installation_files.h"
+#include "services/entries.h"
 #include "services/frame.h"
 #include "services/lib_general.h"
 #include "types/exchange_types.h"
@@ -19,7 +20,7 @@ namespace {
 constexpr std::string_view kSeparator = "^-^";
 
 void AppendText(std::string& error, const std::string& user, const std::string& label) {
-  Err_AppendLine(error, Lib_General::Gen_GetI18N(user, label), "");
+  Err_AppendLine(error, EntryText(user, label), "");
 }
 
 }  // namespace

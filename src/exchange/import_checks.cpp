@@ -5,6 +5,7 @@
 #include "exchange/import_elements.h"
 #include "platform/suite.h"
 #include "platform/xml/xpath_literal.h"
+#include "services/entries.h"
 #include "services/filter_literal.h"
 #include "services/frame.h"
 #include "services/lib_general.h"
@@ -17,7 +18,6 @@ using automation::Dictionary;
 using automation::Trimmed;
 using automation::Variant;
 using Lib_ErrorHandling::Err_AppendLine;
-using Lib_General::Gen_GetI18N;
 using platform::database::Recordset;
 using platform::xml::XmlNode;
 using platform::xml::XmlNodeRef;
@@ -32,13 +32,13 @@ class Findings {
   Findings(const std::string& user, std::string code, std::string& error)
       : user_(user), code_(std::move(code)), error_(error) {}
 
-  void Add(const std::string& label) { AddText(Gen_GetI18N(user_, label)); }
+  void Add(const std::string& label) { AddText(Text(label)); }
   void AddText(const std::string& text) { AddFor(text, code_); }
   void AddFor(const std::string& text, const std::string& code) {
     Err_AppendLine(error_, text, code);
     any_ = true;
   }
-  [[nodiscard]] std::string Text(const std::string& label) const { return Gen_GetI18N(user_, label); }
+  [[nodiscard]] std::string Text(const std::string& label) const { return EntryText(user_, label); }
   [[nodiscard]] bool Any() const noexcept { return any_; }
 
  private:

@@ -2,6 +2,7 @@
 #include "automation/text.h"
 #include "exchange/budget.h"
 #include "exchange/installation_files.h"
+#include "services/entries.h"
 #include "services/frame.h"
 #include "services/lib_general.h"
 
@@ -38,7 +39,7 @@ XmlDocumentRef WorkbookXml(const std::string& workbook, std::string& error, cons
 XmlDocumentRef Budget::ConvertWorkbookToImportXml(const std::string& workbook, std::string& error,
                                                   const std::string& user) {
   const auto refuse = [&](const char* label) -> XmlDocumentRef {
-    Err_AppendLine(error, Lib_General::Gen_GetI18N(user, label), "");
+    Err_AppendLine(error, EntryText(user, label), "");
     return nullptr;
   };
   if (automation::Trimmed(workbook).empty()) return refuse("SLBBU0317");

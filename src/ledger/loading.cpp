@@ -8,6 +8,7 @@
 #include "ledger/closed_loops.h"
 #include "platform/database/literals.h"
 #include "platform/xml/xpath_literal.h"
+#include "services/entries.h"
 #include "services/frame.h"
 #include "services/lib_general.h"
 #include "services/lib_sql.h"
@@ -234,7 +235,7 @@ void BudgetT::InsertBudgetLines(const std::string& i_sBudgetCode, const XmlNodeR
                                 const std::optional<bool>& i_bFromHeader) {
   Writes("Talvex.BudgetT.InsertBudgetLines", [&] {
     const auto refuse = [&](const std::string& label) {
-      Lib_ErrorHandling::Err_AppendLine(o_sError, getI18N(i_sUser, label), i_sBudgetCode);
+      Lib_ErrorHandling::Err_AppendLine(o_sError, EntryText(i_sUser, label), i_sBudgetCode);
     };
     if (i_oBudgetXMLNode == nullptr) return refuse("SLBBU0341");
     const auto connection = getConnection();
@@ -275,7 +276,7 @@ void BudgetT::InsertBudgetRelations(const std::string& i_sBudgetCode, const XmlN
     const std::string& parent = relation.Code();
     const std::string child = relation.Text("ChildBudget");
     const auto refuse = [&] {
-      Lib_ErrorHandling::Err_AppendLine(o_sError, getI18N(i_sUser, "SLBBU0336"), i_sBudgetCode);
+      Lib_ErrorHandling::Err_AppendLine(o_sError, EntryText(i_sUser, "SLBBU0336"), i_sBudgetCode);
     };
     if (automation::Trimmed(parent).empty() || automation::Trimmed(child).empty()) return refuse();
     const auto connection = getConnection();

@@ -41,6 +41,24 @@ class Export(ExchangeTest):
         book = xlrd.open_workbook(os.path.join(self.site, answer["file"].replace("\\", "/")))
         self.assertEqual(book.sheet_by_name("Budgets").cell_value(1, 1), "Agrégé")
 
+    def test_a_workbook_that_could_not_come_back_is_refused(self):
+        self.sql("INSERT INTO SUITEUSER (USERID, FULLNAME, EMAIL, LOCALEID) "
+                 "VALUES ('m.rossi', 'M', 'm@x', 1040)")
+        for user in ("stranger", "m.rossi"):
+            with self.subTest(user=user):
+                answer = self.ask("export", "A", "ZZZ", "--user", user, status=NO)
+                self.assertEqual((answer["exported"], answer["file"]), (False, None))
+                self.assertRegex(answer["errors"][0], rf"no names in the language of user '{user}'")
+                self.assertEqual(os.listdir(os.path.join(self.site, "talvex/exportedbudgets")), [])
+                empty = self.ask("export", "X", "Y", "--user", user)
+                os.remove(os.path.join(self.site, empty["file"].replace("\\", "/")))
+        with open(os.path.join(self.site, "log/errors.jsonl"), encoding="utf-8") as log:
+            self.assertEqual([line for line in log if "stranger" not in line], [])
+        self.sql("INSERT INTO I18NTEXT VALUES (1040, 'SLBBU0357', 'Standard')")
+        self.ask("export", "A", "ZZZ", "--user", "m.rossi", status=NO)
+        self.sql("INSERT INTO I18NTEXT VALUES (1040, 'SLBBU0358', 'Aggregate')")
+        self.assertTrue(self.ask("export", "A", "ZZZ", "--user", "m.rossi")["exported"])
+
     def test_a_second_export_in_the_same_second_fails_and_leaves_the_first(self):
         first = self.ask("export", "A", "ZZZ")
         path = os.path.join(self.site, first["file"].replace("\\", "/"))
@@ -177,6 +195,17 @@ class Faults(ExchangeTest):
                                status=NO)
         self.assertEqual([row["outcome"] for row in answer["rows"]], ["left alone", "inserted", "refused"])
         self.assertEqual(answer["errors"], ["The budget amount must not be negative-It-Hw-Ams"])
+
+    def test_an_entry_without_its_text_has_the_label(self):
+        before = self.tables()
+        book = self.book(budgets=[self.GOOD[:2] + ("QQQ",) + self.GOOD[3:]],
+                         lines=[("GHOST", "1/1/2026", None, 5)], relations=[("IT", "COMPANY")])
+        answer = self.imported(book, "--user", "stranger", status=NO)
+        self.assertTrue(answer["imported"])
+        self.assertEqual(answer["errors"], ["SLBBU0323-NEW", "SLBBU0356-GHOST", "SLBBU0336-IT"])
+        self.assertEqual(self.imported("budgets.doc", "--user", "stranger", status=NO)["errors"],
+                         ["SLBBU0342"])
+        self.assertEqual(self.tables(), before)
 
     def test_0_and_100_are_warning_steps_and_empty_references_are_allowed(self):
         for step in (0, 100, None):

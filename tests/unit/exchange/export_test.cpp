@@ -121,6 +121,16 @@ TEST(Export, NamesTheWorkbookByTheClockAndSavesIt) {
   });
 }
 
+TEST(Export, OfNothingLooksNoTextUp) {
+  WithExchange([](ExchangeWorld& world) {
+    EXPECT_TRUE(Budget().CreateXMLforExport("A", "Z", "stranger").ends_with("EXPORTED"));
+    EXPECT_TRUE(world.Site().LogLines().empty());
+    world.Site().Sql("INSERT INTO BUDGET (BUDGETCODE, BUDGETTYPE) VALUES ('A', 1)");
+    EXPECT_TRUE(Budget().CreateXMLforExport("A", "Z", "stranger").ends_with("FAILED"));
+    EXPECT_EQ(world.File("talvex/errorlog/Budgets_Export152026-090703.txt"), "\r\n-");
+  });
+}
+
 TEST(Export, NamesAreMadeOfTheMomentWithoutLeadingZeros) {
   const struct {
     const char* now;
