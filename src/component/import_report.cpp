@@ -6,6 +6,7 @@
 #include "automation/codes.h"
 #include "automation/conversions.h"
 #include "automation/decimal.h"
+#include "automation/transaction_context.h"
 #include "exchange/budget.h"
 #include "platform/database/literals.h"
 #include "services/entries.h"
@@ -137,6 +138,13 @@ class Arrivals {
   std::unordered_map<std::string, std::size_t> places_;
 };
 
+// Nothing of the row is kept: what would have been is no outcome.
+void Undo(ImportedRow& row) {
+  if (row.outcome != Outcome::Inserted && row.outcome != Outcome::Changed) return;
+  row.outcome = Outcome::Refused;
+  row.messages = {"the whole import was undone"};
+}
+
 // Compares the tables before and after.
 void Judge(Arrival& arrival, const Tables& before, const Tables& after) {
   ImportedRow& row = arrival.row;
@@ -187,9 +195,12 @@ ImportReport ImportWorkbook(const std::string& workbook, const std::string& user
                                       arrivals.Add(ArrivalOf(element, code, errors));
                                       progress(arrivals.All().size());
                                     });
+  const auto* context = automation::TransactionContext::Current();
+  report.undone = context != nullptr && context->Aborted();
   const Tables after;
   for (Arrival& arrival : arrivals.All()) {
     Judge(arrival, before, after);
+    if (report.undone) Undo(arrival.row);
     report.rows.push_back(std::move(arrival.row));
   }
   return report;

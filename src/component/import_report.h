@@ -25,6 +25,7 @@ struct ImportedRow {
 
 struct ImportReport {
   bool imported = false;  // As CreateXMLforImport answers.
+  bool undone = false;    // Something voted to undo the transaction: no row is kept.
   std::string error;      // What stands in the error log.
   std::vector<ImportedRow> rows;
 };

@@ -25,24 +25,37 @@ using platform::xml::XmlNodeRef;
 namespace {
 
 constexpr std::int32_t kAggregate = 2;
+// The longest code, and name of a user or an office, that the tables take.
+constexpr std::size_t kLongest = 50;
 
 // Collects what is wrong with one element.
 class Findings {
  public:
-  Findings(const std::string& user, std::string code, std::string& error)
-      : user_(user), code_(std::move(code)), error_(error) {}
+  Findings(const std::string& user, const XmlNode& element, std::string& error)
+      : user_(user), element_(element), code_(OwnKey(element).value_or("")), error_(error) {}
 
+  [[nodiscard]] const std::string& Code() const noexcept { return code_; }
   void Add(const std::string& label) { AddText(Text(label)); }
   void AddText(const std::string& text) { AddFor(text, code_); }
   void AddFor(const std::string& text, const std::string& code) {
     Err_AppendLine(error_, text, code);
     any_ = true;
   }
+  // Refuses a text that its column would refuse: that would undo the whole import, not just this element. The
+  // entry tells the sheet and the row where the document does.
+  void CheckLength(std::string_view field, const std::string& text) {
+    const std::size_t length = automation::CharacterCount(text);
+    if (length <= kLongest) return;
+    const std::string place = PlaceOf(element_);
+    AddText(Text("SLBBU0350") + ": " + place + (place.empty() ? "" : ", ") + std::string(field) + ", " +
+            std::to_string(length) + " > " + std::to_string(kLongest));
+  }
   [[nodiscard]] std::string Text(const std::string& label) const { return EntryText(user_, label); }
   [[nodiscard]] bool Any() const noexcept { return any_; }
 
  private:
   const std::string& user_;
+  const XmlNode& element_;
   std::string code_;
   std::string& error_;
   bool any_ = false;
@@ -74,22 +87,27 @@ void CheckWarningStep(const std::string& text, Findings& findings) {
 void CheckHeader(const XmlNode& header, Dictionary& offices, Dictionary& charge_types, Dictionary& currencies,
                  Findings& findings) {
   const auto field = [&](std::string_view name) { return FieldOf(header, name); };
-  if (IsBlank(OwnKey(header).value_or(""))) findings.Add("SLBBU0321");
+  if (IsBlank(findings.Code())) findings.Add("SLBBU0321");
+  findings.CheckLength("BudgetCode", findings.Code());
   if (IsBlank(field("BUDGETTYPE"))) findings.Add("SLBBU0324");
 
   const std::string currency = field("CURRENCY");
   if (IsBlank(currency)) findings.Add("SLBBU0322");
   if (!currencies.Exists(currency)) findings.Add("SLBBU0323");
+  findings.CheckLength("Currency", currency);
 
   const std::string office = field("ADMINISTRATIVEOFFICE");
   if (!office.empty() && !offices.Exists(office)) findings.Add("SLBBU0325");
+  findings.CheckLength("AdministrativeOffice", office);
 
   const std::string charge_type = field("CHARGETYPE");
   if (IsBlank(charge_type)) findings.Add("SLBBU0326");
   if (!charge_types.Exists(charge_type)) findings.Add("SLBBU0327");
+  findings.CheckLength("ChargeType", charge_type);
 
   const std::string holder = field("BUDGETHOLDER");
   if (!holder.empty() && !IsUser(holder)) findings.Add("SLBBU0328");
+  findings.CheckLength("BudgetHolder", holder);
 
   const std::string approval = automation::Raised(field("APPROVALREQD"));
   if (!approval.empty() && approval != "YES" && approval != "NO")
@@ -122,7 +140,7 @@ bool Budget::CheckHeaderNode(const std::string& user, const XmlNode& header,
                              const std::shared_ptr<Dictionary>& offices,
                              const std::shared_ptr<Dictionary>& charge_types,
                              const std::shared_ptr<Dictionary>& currencies, std::string& error) {
-  Findings findings(user, OwnKey(header).value_or(""), error);
+  Findings findings(user, header, error);
   CheckHeader(header, Required(offices, "the offices"), Required(charge_types, "the charge types"),
               Required(currencies, "the currencies"), findings);
   return !findings.Any();
@@ -143,9 +161,9 @@ bool Budget::CheckLinesOf(const std::string& user, const std::string& code,
 }
 
 bool Budget::CheckBudgetLineNode(const std::string& user, const XmlNode& line, std::string& error) {
-  const std::string code = OwnKey(line).value_or("");
-  Findings findings(user, code, error);
-  if (IsBlank(code)) findings.Add("SLBBU0321");
+  Findings findings(user, line, error);
+  if (IsBlank(findings.Code())) findings.Add("SLBBU0321");
+  findings.CheckLength("BudgetCode", findings.Code());
   const auto start = automation::Date::Parse(ChildText(line, "EffectiveDate").value_or(""));
   if (!start) findings.Add("SLBBU0078");
   if (const auto expiry = ChildText(line, "ExpiryDate")) {
@@ -173,8 +191,8 @@ bool Budget::CheckRelation(const std::string& user, const XmlNode& relation, Rec
     budgets.SetFilter(before + "BUDGETCODE=" + FilterLiteral(code));
     return !budgets.Eof();
   };
-  const std::string parent = OwnKey(relation).value_or("");
-  Findings findings(user, parent, error);
+  Findings findings(user, relation, error);
+  const std::string& parent = findings.Code();
   if (IsBlank(parent)) {
     findings.Add("SLBBU0321");
   } else if (!find("", parent)) {
@@ -182,6 +200,7 @@ bool Budget::CheckRelation(const std::string& user, const XmlNode& relation, Rec
   } else if (Lib_General::Gen_NullToDouble(budgets.Value("BUDGETTYPE")) != kAggregate) {
     findings.Add("SLBBU0332");
   }
+  findings.CheckLength("BudgetCode", parent);
   for (const XmlNodeRef& element : relation.Children("ChildBudget")) {
     const std::string child = element->Text();
     if (IsBlank(child)) {
@@ -189,6 +208,7 @@ bool Budget::CheckRelation(const std::string& user, const XmlNode& relation, Rec
     } else if (!find(" ", child)) {
       findings.AddFor(findings.Text("SLBBU0335") + ":" + child, child);
     }
+    findings.CheckLength("ChildBudget", child);
   }
   return !findings.Any();
 }

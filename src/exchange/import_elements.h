@@ -15,4 +15,14 @@ namespace talvex {
   return attributes.front()->Text();
 }
 
+// Where an element comes from, such as "Lines 3"; the empty text when the document does not tell.
+[[nodiscard]] inline std::string PlaceOf(const platform::xml::XmlNode& element) {
+  std::string place;
+  for (const auto& attribute : element.Attributes()) {
+    if (attribute->Name() == "sheet") place = attribute->Text() + place;
+    if (attribute->Name() == "row") place += " " + attribute->Text();
+  }
+  return place;
+}
+
 }  // namespace talvex

@@ -58,4 +58,24 @@ class ExchangeTest(SampleTest):
         return path
 
     def imported(self, path, *options, status=0):
-        return self.ask("import", path, *options, status=status)
+        """The answer of an import. Before it, a dry run must say the same and keep nothing; after it, the
+        tables must hold what was said and nothing else."""
+        if "--dry-run" in options:
+            return self.ask("import", path, *options, status=status)
+        before = self.tables()
+        told = self.ask("import", path, "--dry-run", *options, status=status)
+        self.assertEqual(self.tables(), before)
+        answer = self.ask("import", path, *options, status=status)
+        self.assertEqual({**told, "dryRun": False, "errorLog": answer["errorLog"]}, answer)
+        self.check_outcomes(answer, before)
+        return answer
+
+    def check_outcomes(self, answer, before):
+        outcomes = {row["outcome"] for row in answer["rows"]}
+        after = self.tables()
+        if not outcomes & {"inserted", "changed"}:
+            self.assertEqual(after, before)
+        for kind, old, new in zip(("budget", "line", "relation"), before, after):
+            inserted = {(row["budget"], row["detail"]) for row in answer["rows"]
+                        if (row["kind"], row["outcome"]) == (kind, "inserted")}
+            self.assertEqual(len(new) - len(old), len(inserted), kind)

@@ -180,6 +180,35 @@ class Faults(ExchangeTest):
                 self.assertEqual([row["outcome"] for row in answer["rows"]], ["refused", "refused"])
                 self.assertEqual(self.tables(), before)
 
+    def test_a_text_that_is_too_long_is_refused_alone(self):
+        long = "N" * 51
+        rows = (((0, long), "BudgetCode", long), ((2, long), "Currency", "NEW"),
+                ((3, long), "AdministrativeOffice", "NEW"), ((4, long), "ChargeType", "NEW"),
+                ((5, long), "BudgetHolder", "NEW"))
+        for (column, value), field, code in rows:
+            with self.subTest(field=field):
+                budget = list(self.GOOD)
+                budget[column] = value
+                answer = self.imported(self.book(budgets=[("FIRST", *self.GOOD[1:]), budget],
+                                                 lines=[(budget[0], "1/1/2026", None, 5)]), status=NO)
+                self.assertTrue(answer["imported"])
+                self.assertIn(f"The text is too long: Budgets 3, {field}, 51 > 50-{code}", answer["errors"])
+                self.assertEqual([row["outcome"] for row in answer["rows"]],
+                                 ["inserted", "refused", "refused"])
+                self.sql("DELETE FROM BUDGET WHERE BUDGETCODE = 'FIRST'")
+        answer = self.imported(self.book(lines=[(long, "1/1/2026", None, 5)],
+                                         relations=[(long, "IT"), ("IT", "é" * 51)]), status=NO)
+        self.assertEqual(answer["errors"],
+                         [f"The text is too long: Lines 2, BudgetCode, 51 > 50-{long}",
+                          f"The parent budget does not exist-{long}",
+                          f"The text is too long: Relations 2, BudgetCode, 51 > 50-{long}",
+                          f"The child budget does not exist:{'é' * 51}-{'é' * 51}",
+                          "The text is too long: Relations 3, ChildBudget, 51 > 50-IT"])
+
+    def test_a_text_of_fifty_characters_is_not_too_long(self):
+        for code in ("N" * 50, "é" * 50):
+            self.imported(self.book(budgets=[(code, *self.GOOD[1:])], lines=[(code, "1/1/2026", None, 5)]))
+
     def test_a_refused_header_keeps_lines_out_however_they_spell_its_code(self):
         bad = ("it-hw-ams", "Standard", "EUR", "Mars", "SOFTWARE", "", "", None)
         answer = self.imported(self.book(budgets=[bad], lines=[("IT-HW-AMS", "1/1/2030", None, 5),

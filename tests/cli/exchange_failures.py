@@ -191,12 +191,20 @@ class FullDisk(FailureTest):
 class Broken(FailureTest):
     def test_an_import_that_breaks_in_the_middle_is_undone(self):
         before = self.tables()
-        book = self.book(budgets=[GOOD, ("N" * 60,) + GOOD[1:], ("LAST",) + GOOD[1:]],
-                         lines=[("NEW", "1/1/2026", None, 5)], relations=[("IT", "NEW")])
+        self.sql("CREATE TRIGGER BREAKS BEFORE INSERT ON BUDGET WHEN NEW.BUDGETCODE = 'BREAKS' "
+                 "BEGIN SELECT RAISE(ABORT, 'out of order'); END")
+        book = self.book(budgets=[GOOD, ("BREAKS",) + GOOD[1:], ("LAST",) + GOOD[1:]],
+                         lines=[("NEW", "1/1/2026", None, 5)], relations=[("IT", "NEW"), ("IT", "IT-HW-AMS")])
         answer = self.imported(book, status=NO)
-        self.assertFalse(answer["imported"])
-        self.check_told(answer, "BUDGET.BUDGETCODE takes a text of at most 50 characters")
+        self.assertEqual((answer["imported"], answer["undone"]), (False, True))
+        self.check_told(answer, "out of order")
         self.assertEqual(self.tables(), before)
+        outcomes = {(row["sheet"], row["row"]): (row["outcome"], row["messages"]) for row in answer["rows"]}
+        for place in (("Budgets", 2), ("Budgets", 4), ("Lines", 2)):
+            self.assertEqual(outcomes[place], ("refused", ["the whole import was undone"]))
+        self.assertEqual(outcomes[("Relations", 3)], ("left alone", []))
+        text = self.talvex("import", book, "--dry-run", status=NO).stdout
+        self.assertIn("The import would be undone: something breaks on the way.", text)
         text = self.talvex("import", book, status=NO).stdout
         self.assertIn("The import was undone: something broke on the way.", text)
 

@@ -114,6 +114,7 @@ void PrintReport(const Session& session, const ImportReport& report, const std::
     Json rows = Json::array();
     for (const ImportedRow& row : report.rows) rows.push_back(RowJson(row));
     session.Print({{"imported", report.imported},
+                   {"undone", report.undone},
                    {"dryRun", dry_run},
                    {"errors", Messages(report.error)},
                    {"errorLog", log.empty() ? Json(nullptr) : Json(log)},
@@ -130,6 +131,9 @@ void PrintReport(const Session& session, const ImportReport& report, const std::
     if (!details.empty()) session.Out() << '\n' << details;
   }
   if (!log.empty()) session.Out() << "\nThe messages are in " << Printable(log) << '\n';
+  if (!report.undone) return;
+  session.Out() << (dry_run ? "\nThe import would be undone: something breaks on the way.\n"
+                            : "\nThe import was undone: something broke on the way.\n");
 }
 
 }  // namespace
@@ -160,22 +164,19 @@ ExitStatus RunExport(Session& session, const ExportArguments& arguments) {
 
 ExitStatus RunImport(Session& session, const ImportArguments& arguments) {
   ImportReport report;
-  const host::Outcome outcome = session.InTransaction([&] {
+  session.InTransaction([&] {
     Progress progress("Importing");
     report = component::ImportWorkbook(arguments.file, session.Options().user,
                                        [&](std::size_t rows) { progress.Count(rows); });
     progress.Done();
     if (arguments.dry_run) automation::TransactionContext::Current()->SetAbort();
   });
-  const bool undone = outcome == host::Outcome::Aborted && !arguments.dry_run;
   std::string log;
   if (!arguments.dry_run && !automation::Trimmed(report.error).empty())
     log = component::WriteErrorLog(report.error, arguments.file);
   PrintReport(session, report, log, arguments.dry_run);
-  if (undone && !session.Options().json)
-    session.Out() << "\nThe import was undone: something broke on the way.\n";
-  return report.imported && !undone && automation::Trimmed(report.error).empty() ? ExitStatus::Done
-                                                                                 : ExitStatus::No;
+  const bool right = report.imported && !report.undone && automation::Trimmed(report.error).empty();
+  return right ? ExitStatus::Done : ExitStatus::No;
 }
 
 }  // namespace talvex::apps
