@@ -128,6 +128,8 @@ class Budget final : public automation::Object {
   void FillTemplate(const std::string& workbook_xml, const std::string& directory, std::string& file,
                     std::string& error, const std::string& user);
   static std::string MakeExportFileName(const std::string& config_dir);
+  // Raises 75 for a workbook that no error log can be named after: what is wrong with it could not be told.
+  static void RequireErrorLog(const std::string& workbook);
 
   // The import document of a workbook; null, with the reason in `error`, when there is none.
   std::shared_ptr<platform::xml::XmlDocument> ConvertWorkbookToImportXml(const std::string& workbook,

@@ -17,18 +17,28 @@ std::string BaseName(std::string_view workbook) {
   return std::string(name.substr(0, name.size() - std::min(name.size(), kExtension)));
 }
 
+// Failed imports that name no workbook are logged under the export's name, too.
+std::string LogName(std::string_view workbook) {
+  const std::string base = automation::Trimmed(workbook).empty() ? "Budgets_Export" : BaseName(workbook);
+  return base + MomentInNames("-") + ".txt";
+}
+
+std::string LogPath(const std::string& name) {
+  return ConfigurationDirectory() + std::string(installation_file::kErrorLogs) + name;
+}
+
 }  // namespace
 
 std::string Budget::CreateErrorLog(const std::string& i_sError,
                                    const std::optional<std::string>& i_sExcelfile) {
-  const std::string workbook = i_sExcelfile.value_or("");
-  // Failed imports that name no workbook are logged under the export's name, too.
-  const std::string base = automation::Trimmed(workbook).empty() ? "Budgets_Export" : BaseName(workbook);
-  const std::string name = base + TodayInNames() + "-" + TimeInNames() + ".txt";
-  platform::Environment::Current().files->Append(
-      ConfigurationDirectory() + std::string(installation_file::kErrorLogs) + name,
-      automation::ToAnsi(i_sError));
+  const std::string name = LogName(i_sExcelfile.value_or(""));
+  platform::Environment::Current().files->Append(LogPath(name), automation::ToAnsi(i_sError));
   return "talvex/errorlog/" + name;
+}
+
+void Budget::RequireErrorLog(const std::string& workbook) {
+  // The system refuses to look for a file whose name is too long to be one.
+  static_cast<void>(platform::Environment::Current().files->Version(LogPath(LogName(workbook))));
 }
 
 }  // namespace talvex

@@ -92,8 +92,8 @@ void Budget::FillTemplate(const std::string& workbook_xml, const std::string& di
 }
 
 std::string Budget::MakeExportFileName(const std::string& config_dir) {
-  return config_dir + std::string(installation_file::kExportedBudgets) + "Export_Budgets_" + TodayInNames() +
-         "_" + TimeInNames() + ".xls";
+  return config_dir + std::string(installation_file::kExportedBudgets) + "Export_Budgets_" +
+         MomentInNames("_") + ".xls";
 }
 
 }  // namespace talvex

@@ -104,6 +104,7 @@ bool Budget::CreateXMLforImport(const std::string& i_sExcelfile, const std::stri
 
 bool Budget::Import(const std::string& workbook, const std::string& user, std::string& error,
                     const ImportObserver& observer) {
+  RequireErrorLog(workbook);
   ImportRun run{user, observer, error};
   run.offices = OfficesOfSuite();
   run.charge_types = getChargeTypeCodes();

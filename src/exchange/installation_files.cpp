@@ -7,12 +7,6 @@
 
 namespace talvex {
 
-namespace {
-
-automation::Date Now() { return platform::Environment::Current().clock->Now(); }
-
-}  // namespace
-
 std::string ConfigurationDirectory() {
   const platform::suite::Configuration configuration(
       Lib_General::gen_getComponent(platform::suite::class_name::kConfiguration));
@@ -20,11 +14,12 @@ std::string ConfigurationDirectory() {
   return configuration.ConfigDir();
 }
 
-std::string TodayInNames() {
-  const automation::Date now = Now();
-  return std::to_string(now.Month()) + std::to_string(now.Day()) + std::to_string(now.Year());
+std::string MomentInNames(std::string_view between) {
+  const automation::Date now = platform::Environment::Current().clock->Now();
+  const std::string day =
+      std::to_string(now.Month()) + std::to_string(now.Day()) + std::to_string(now.Year());
+  return day + std::string(between) + automation::Replaced(now.TimeText(), ":", "");
 }
 
-std::string TimeInNames() { return automation::Replaced(Now().TimeText(), ":", ""); }
 
 }  // namespace talvex

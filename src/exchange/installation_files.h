@@ -22,9 +22,9 @@ inline constexpr std::string_view kSchemaInstance = "http://www.w3.org/2001/XMLS
 // The configuration directory, as the suite's configuration tells it.
 [[nodiscard]] std::string ConfigurationDirectory();
 
-// Month, day and year of today, one after the other without leading zeros: 15 March 2026 is 3152026.
-[[nodiscard]] std::string TodayInNames();
-// The time of day as six digits: 090703.
-[[nodiscard]] std::string TimeInNames();
+// The moment as it stands in names, from one reading of the clock: month, day and year one after the other
+// without leading zeros, `between`, and the time of day as six digits. 15 March 2026 at 9:07:03 with "_" is
+// 3152026_090703.
+[[nodiscard]] std::string MomentInNames(std::string_view between);
 
 }  // namespace talvex

@@ -139,6 +139,27 @@ class Folders(FailureTest):
         self.assertRegex(failed.stderr, "errorlog")
         self.assertEqual(self.exports(), [])
 
+    def test_nothing_is_kept_of_an_import_whose_error_log_cannot_be_written(self):
+        self.put_in_the_way("errorlog")
+        before = self.tables()
+        book = self.book(budgets=[GOOD, ("X",) + GOOD[1:2] + ("QQQ",) + GOOD[3:]])
+        self.talvex("import", book, status=FAILED)
+        self.assertEqual(self.tables(), before)
+
+    def test_a_workbook_whose_error_log_could_not_be_named_is_refused(self):
+        before = self.tables()
+        book = self.book(budgets=[GOOD, ("X",) + GOOD[1:2] + ("QQQ",) + GOOD[3:]])
+        # What is added to the name is "3162026-100000.txt", in place of ".xls".
+        long = os.path.join(self.folder.name, "n" * 238 + ".xls")
+        shutil.move(book, long)
+        for options in ((), ("--dry-run",)):
+            failed = self.talvex("import", long, *options, status=FAILED)
+            self.assertRegex(failed.stderr, "Path/File access error.*n3162026-100000")
+            self.assertEqual(self.tables(), before)
+        fitting = os.path.join(self.folder.name, "n" * 237 + ".xls")
+        shutil.move(long, fitting)
+        self.assertTrue(self.imported(fitting, status=NO)["imported"])
+
     def test_an_error_log_on_a_full_disk_fails_the_call(self):
         os.symlink("/dev/full", self.below("errorlog/Budgets_Export3162026-100000.txt"))
         self.replaced("XSL/Budgets_Export.xsl", None)

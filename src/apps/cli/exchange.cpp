@@ -164,16 +164,22 @@ ExitStatus RunExport(Session& session, const ExportArguments& arguments) {
 
 ExitStatus RunImport(Session& session, const ImportArguments& arguments) {
   ImportReport report;
+  std::string log;
+  const auto write_log = [&] {
+    if (!arguments.dry_run && !automation::Trimmed(report.error).empty())
+      log = component::WriteErrorLog(report.error, arguments.file);
+  };
   session.InTransaction([&] {
     Progress progress("Importing");
     report = component::ImportWorkbook(arguments.file, session.Options().user,
                                        [&](std::size_t rows) { progress.Count(rows); });
     progress.Done();
+    // Rows are kept only when the log that tells of the others could be written. Of an attempt that is
+    // undone, and perhaps repeated, it is written once the last one is over.
+    if (!report.undone) write_log();
     if (arguments.dry_run) automation::TransactionContext::Current()->SetAbort();
   });
-  std::string log;
-  if (!arguments.dry_run && !automation::Trimmed(report.error).empty())
-    log = component::WriteErrorLog(report.error, arguments.file);
+  if (report.undone) write_log();
   PrintReport(session, report, log, arguments.dry_run);
   const bool right = report.imported && !report.undone && automation::Trimmed(report.error).empty();
   return right ? ExitStatus::Done : ExitStatus::No;

@@ -121,6 +121,32 @@ TEST(Export, NamesTheWorkbookByTheClockAndSavesIt) {
   });
 }
 
+// Every reading is a second later than the one before.
+class TickingClock final : public platform::Clock {
+ public:
+  explicit TickingClock(automation::Date first) : next_(first) {}
+  [[nodiscard]] automation::Date Now() const override {
+    const automation::Date now = next_;
+    next_ = automation::Date::FromSeconds(now.Seconds() + 1);
+    return now;
+  }
+
+ private:
+  mutable automation::Date next_;
+};
+
+TEST(Export, ANameIsOfOneMomentAlthoughTheClockGoesOn) {
+  WithExchange([](ExchangeWorld& world) {
+    const auto midnight = automation::Date::Parse("2026-12-31T23:59:59");
+    const auto clock = [&] { return std::make_shared<TickingClock>(*midnight); };
+    world.Environment().clock = clock();
+    EXPECT_EQ(Budget().CreateErrorLog("text"), "talvex/errorlog/Budgets_Export12312026-235959.txt");
+    world.Environment().clock = clock();
+    EXPECT_EQ(Budget().CreateXMLforExport("A", "Z", "anna"),
+              "^-^talvex\\exportedbudgets\\Export_Budgets_12312026_235959.xls^-^EXPORTED");
+  });
+}
+
 TEST(Export, OfNothingLooksNoTextUp) {
   WithExchange([](ExchangeWorld& world) {
     EXPECT_TRUE(Budget().CreateXMLforExport("A", "Z", "stranger").ends_with("EXPORTED"));
