@@ -207,7 +207,7 @@ bool Budget::BuildExportDocument(const std::string& from, const std::string& to,
     document = writer.Write(*budgets, *lines, *relations);
     return true;
   } catch (...) {
-    return false;  // What failed has been logged; the caller makes an error log of it.
+    return false;  // The services that fail log why; the entry that the caller makes of it is empty.
   }
 }
 

@@ -16,6 +16,8 @@ using platform::xml::XmlDocument;
 
 namespace {
 
+constexpr std::string_view kWriting = "Talvex.Budget.WriteExportWorkbook";
+
 // Fields of the result are told apart by it.
 constexpr std::string_view kSeparator = "^-^";
 
@@ -53,16 +55,22 @@ void Budget::WriteExportWorkbook(const std::string& document, std::string& file,
   if (Trimmed(document).empty()) return AppendText(error, user, "SLBBU0341");
   const std::string directory = ConfigurationDirectory();
   auto budgets = std::make_shared<XmlDocument>();
-  if (!budgets->LoadXml(document)) return AppendText(error, user, "SLBBU0340");
+  if (!budgets->LoadXml(document)) {
+    LogParseError(*budgets, "The export document", kWriting);
+    return AppendText(error, user, "SLBBU0340");
+  }
   // The schema is only named: it is there for whoever reads the document, and nothing is validated.
   auto root = budgets->DocumentElement();
   AddXMLAttribute(budgets, root, "xmlns:xsi", std::string(kSchemaInstance), error);
   AddXMLAttribute(budgets, root, "xsi:noNamespaceSchemaLocation",
                   directory + std::string(installation_file::kExportSchema), error);
 
+  const std::string stylesheet_path = directory + std::string(installation_file::kExportStylesheet);
   XmlDocument stylesheet;
-  if (!stylesheet.Load(directory + std::string(installation_file::kExportStylesheet)))
+  if (!stylesheet.Load(stylesheet_path)) {
+    LogParseError(stylesheet, "The stylesheet " + stylesheet_path, kWriting);
     return AppendText(error, user, "SLBBU0338");
+  }
   if (Trimmed(directory).empty()) return AppendText(error, user, "SLBBU0339");
   try {
     const std::string workbook_xml = budgets->TransformedBy(stylesheet);
@@ -71,6 +79,7 @@ void Budget::WriteExportWorkbook(const std::string& document, std::string& file,
     budgets.reset();
     FillTemplate(workbook_xml, directory, file, error, user);
   } catch (const automation::Error& failure) {
+    LogCause(failure.State(), kWriting);
     Err_AppendLine(error, failure.Description(), "");
   }
 }

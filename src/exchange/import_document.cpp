@@ -42,6 +42,10 @@ XmlDocumentRef Budget::ConvertWorkbookToImportXml(const std::string& workbook, s
     Err_AppendLine(error, EntryText(user, label), "");
     return nullptr;
   };
+  const auto refuse_unread = [&](const char* label, const XmlDocument& document) {
+    LogParseError(document, "The import document", "Talvex.Budget.ConvertWorkbookToImportXml");
+    return refuse(label);
+  };
   if (automation::Trimmed(workbook).empty()) return refuse("SLBBU0317");
   if (automation::Raised(ExtensionOf(workbook)) != "XLS") return refuse("SLBBU0342");
   XmlDocumentRef workbook_xml = WorkbookXml(workbook, error, user);
@@ -56,14 +60,14 @@ XmlDocumentRef Budget::ConvertWorkbookToImportXml(const std::string& workbook, s
   workbook_xml.reset();
   text = Replaced(Replaced(text, "UTF-16", "UTF-8"), "\r\n", "");
   auto transformed = std::make_shared<XmlDocument>();
-  if (!transformed->LoadXml(text)) return refuse("SLBBU0340");
+  if (!transformed->LoadXml(text)) return refuse_unread("SLBBU0340", *transformed);
   auto root = transformed->DocumentElement();
   AddXMLAttribute(transformed, root, "xmlns:xsi", std::string(kSchemaInstance), error);
   AddXMLAttribute(transformed, root, "xsi:noNamespaceSchemaLocation",
                   directory + std::string(installation_file::kImportSchema), error);
   // Loading it anew, now that it names its schema, is what validates it.
   auto validated = std::make_shared<XmlDocument>();
-  return validated->LoadXml(transformed->Xml()) ? validated : refuse("SLBBU0318");
+  return validated->LoadXml(transformed->Xml()) ? validated : refuse_unread("SLBBU0318", *validated);
 }
 
 }  // namespace talvex

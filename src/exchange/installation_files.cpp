@@ -3,6 +3,7 @@
 #include "automation/text.h"
 #include "platform/environment.h"
 #include "platform/suite.h"
+#include "services/entries.h"
 #include "services/lib_general.h"
 
 namespace talvex {
@@ -21,5 +22,10 @@ std::string MomentInNames(std::string_view between) {
   return day + std::string(between) + automation::Replaced(now.TimeText(), ":", "");
 }
 
+void LogParseError(const platform::xml::XmlDocument& document, const std::string& what,
+                   std::string_view method) {
+  const std::string description = what + " cannot be used: " + document.Error().reason;
+  LogCause({automation::error_number::kInvalidCall, "Talvex.Budget", description, {}, 0}, method);
+}
 
 }  // namespace talvex

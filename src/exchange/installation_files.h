@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/xml/xml_document.h"
+
 namespace talvex {
 
 namespace installation_file {
@@ -26,5 +28,10 @@ inline constexpr std::string_view kSchemaInstance = "http://www.w3.org/2001/XMLS
 // without leading zeros, `between`, and the time of day as six digits. 15 March 2026 at 9:07:03 with "_" is
 // 3152026_090703.
 [[nodiscard]] std::string MomentInNames(std::string_view between);
+
+// Writes to the log why `what`, which was to become the document, could not be read: the text of a label does
+// not say. Raises nothing.
+void LogParseError(const platform::xml::XmlDocument& document, const std::string& what,
+                   std::string_view method);
 
 }  // namespace talvex

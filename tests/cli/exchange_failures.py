@@ -1,5 +1,6 @@
 """Exports and imports that cannot be done: what is told, and that nothing half done stays behind."""
 
+import json
 import os
 import resource
 import shutil
@@ -72,6 +73,14 @@ class FailureTest(ExchangeTest):
         with open(os.path.join(self.site, answer["errorLog"]), encoding="cp1252", newline="") as file:
             return file.read()
 
+    def causes(self):
+        """The entries of the log."""
+        path = os.path.join(self.site, "log/errors.jsonl")
+        if not os.path.exists(path):
+            return []
+        with open(path, encoding="utf-8") as log:
+            return [json.loads(line)["text"] for line in log]
+
     def check_told(self, answer, message):
         """The answer and the error log say the same, the message among it."""
         self.assertTrue(any(message in error for error in answer["errors"]), answer)
@@ -96,6 +105,8 @@ class InstallationFiles(FailureTest):
                 os.replace(kept, self.below(name))
                 self.assertEqual((answer["exported"], answer["file"]), (False, None))
                 self.check_told(answer, message)
+                if message == NO_STYLESHEET:
+                    self.assertIn(name.rsplit("/", 1)[1], self.causes()[-1])
                 self.assertEqual(self.exports(), [])
                 os.remove(os.path.join(self.site, answer["errorLog"]))
 
@@ -111,6 +122,8 @@ class InstallationFiles(FailureTest):
                 os.replace(kept, self.below(name))
                 self.assertFalse(answer["imported"])
                 self.check_told(answer, message)
+                if message == NO_LAYOUT:
+                    self.assertIn(name.rsplit("/", 1)[1], self.causes()[-1])
                 self.assertEqual(self.tables(), before)
                 os.remove(os.path.join(self.site, answer["errorLog"]))
         self.assertTrue(self.imported(book)["imported"])
@@ -126,6 +139,7 @@ class Folders(FailureTest):
         answer = self.ask("export", "A", "ZZZ", status=NO)
         self.assertFalse(answer["exported"])
         self.check_told(answer, "The data could not be written to the workbook")
+        self.assertRegex(self.causes()[-1], r"exportedbudgets.*Not a directory")
 
     def test_an_error_log_with_nowhere_to_go_fails_the_call(self):
         self.put_in_the_way("errorlog")

@@ -108,22 +108,37 @@ TEST(ExchangeFailures, AnExportOrImportWithoutItsErrorLogIsRaised) {
     Fill(world);
     world.Replace("talvex/XSL/Budgets_Export.xsl", "");
     const auto real = world.Environment().files;
-    const auto fail = [&](auto&& call) {
+    const auto fail = [&](std::size_t nth, auto&& call) {
       const auto files = std::make_shared<FailingFiles>(real);
-      files->FailAt(FailingFiles::Call::Append, 1, automation::Error(61, "Files", "disk full"));
+      files->FailAt(FailingFiles::Call::Append, nth, automation::Error(61, "Files", "disk full"));
       world.Environment().files = files;
       return ErrorOf(call);
     };
-    const auto exporting = fail([] { Budget().CreateXMLforExport("A", "Z", "anna"); });
+    // What is written first is the cause, to the log.
+    const auto exporting = fail(2, [] { Budget().CreateXMLforExport("A", "Z", "anna"); });
     EXPECT_EQ(exporting.number, 61);
     EXPECT_NE(exporting.description.find("Talvex.Budget.CreateXMLforExport"), std::string::npos);
-    const auto importing = fail([] {
+    const auto importing = fail(1, [] {
       Variant log;
       Budget().CreateXMLforImport("new.doc", "anna", log);
     });
     EXPECT_EQ(importing.number, 61);
     EXPECT_NE(importing.description.find("Talvex.Budget.CreateXMLforImport"), std::string::npos);
     EXPECT_TRUE(world.Excel().written.empty());
+  });
+}
+
+TEST(ExchangeFailures, TheLogTellsWhyAWorkbookCouldNotBeSaved) {
+  WithExchange([](ExchangeWorld& world) {
+    Fill(world);
+    world.Excel().save_error = "disk full";
+    EXPECT_EQ(Budget().CreateXMLforExport("A", "Z", "anna"),
+              "talvex/errorlog/Budgets_Export152026-090703.txt^-^FAILED");
+    EXPECT_EQ(world.File("talvex/errorlog/Budgets_Export152026-090703.txt"), "\r\ndisk full-");
+    ASSERT_EQ(world.Site().LogLines().size(), 1U);
+    EXPECT_NE(world.Site().LogLines()[0].find("WriteExportWorkbook\\r\\n DESC: disk full."),
+              std::string::npos)
+        << world.Site().LogLines()[0];
   });
 }
 

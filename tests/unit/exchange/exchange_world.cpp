@@ -5,7 +5,11 @@
 
 namespace talvex::test {
 
-void StandInWorkbook::Save() { script_->calls.emplace_back("Save"); }
+void StandInWorkbook::Save() {
+  script_->calls.emplace_back("Save");
+  if (!script_->save_error.empty())
+    throw automation::Error(automation::error_number::kFileAccess, "Test.Workbook", script_->save_error);
+}
 void StandInWorkbook::Close() { script_->calls.emplace_back("Close"); }
 
 automation::Variant StandInExcel::TransformXMLToExcel(const std::string& i_sXml, std::int32_t i_nWriteMode,

@@ -19,6 +19,7 @@ struct ExcelScript {
   std::vector<std::string> written;  // Workbook XML, one for each call.
   std::vector<std::string> calls;    // The other arguments, and the calls of the workbook.
   std::string write_error;           // Added to the error text of a call that is to fail.
+  std::string save_error;            // Raised by a saving that is to fail.
   std::string workbook_xml;          // What is read; empty for a workbook that cannot be.
 };
 
