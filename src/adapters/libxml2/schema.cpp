@@ -53,7 +53,7 @@ ParseError Blaming(const std::string& location, const std::string& reason) {
   return {XML_SCHEMAP_FAILED_LOAD, "The schema " + location + " cannot be used: " + reason, 0};
 }
 
-// The schema compiled; when it cannot be, `complaints` may say why.
+// What makes the schema unusable, or else what is wrong with the document by it; code 0 when nothing is.
 ParseError ValidatedAgainst(xmlDoc& schema_source, xmlDoc& document, const std::string& location) {
   const Complaints complaints;
   const SchemaParserRef parser(Made(xmlSchemaNewDocParserCtxt(&schema_source)));
