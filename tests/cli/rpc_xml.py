@@ -140,14 +140,17 @@ class Helpers(XmlTest):
         self.assertEqual(answer["out"]["o_sError"], "first\r\nInvalid procedure call: '1' is no name in XML-")
         error = self.error("invoke", object=budget, method="GetXMLTagValue", args=[EMPTY, "b"])
         self.assertEqual((error["data"]["number"], error["message"]), (91, "Object not set: the document"))
-        for pattern, text in (("//b", "x"), ("//b[", ""), ("", "")):
+        for pattern, text in (("//b", "x"), ("a/b", "x"), ("a/*", "x"), ("b", ""), ("//b[", ""), ("", "")):
             self.assertEqual(self.invoke(excel, "ExecuteXSLPattern", this, pattern)["result"], text)
         error = self.error("invoke", object=excel, method="ExecuteXSLPattern", args=[EMPTY, "//b"])
         self.assertIn("METHOD: Talvex.BudgetExcel.ExecuteXSLPattern", error["message"])
         all_nodes = "ExecuteXSLPatternReturnAllNodes"
         self.assertEqual(self.invoke(excel, all_nodes, this, "//b[")["result"], EMPTY)
-        nodes = self.invoke(excel, all_nodes, this, "//b")["result"]["$object"]
-        self.assertEqual(self.get(nodes, "Count"), 1)
+        for pattern in ("//b", "a/b", "a/*"):
+            nodes = self.invoke(excel, all_nodes, this, pattern)["result"]["$object"]
+            self.assertEqual(self.get(nodes, "Count"), 1)
+            nodes = self.invoke(document, "SelectNodes", pattern)["result"]["$object"]
+            self.assertEqual(self.get(nodes, "Count"), 1)
 
 
 class CommandLine(SampleTest):

@@ -52,6 +52,7 @@ std::vector<xmlNode*> SelectedNodes(xmlDoc& document, const std::string& xpath) 
   // The library would stop at a NUL character.
   if (!IsXmlText(xpath)) complaints.Raise(kXPathFails, "it holds a character that XML does not allow");
   const ContextRef context(Made(xmlXPathNewContext(&document)));
+  context->node = reinterpret_cast<xmlNode*>(&document);  // Where a relative path begins.
   DeclarePrefixes(*context, document);
   const ResultRef result(xmlXPathEvalExpression(Chars(xpath), context.get()));
   if (result == nullptr) complaints.Raise(kXPathFails, "it is wrong");

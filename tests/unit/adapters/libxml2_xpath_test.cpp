@@ -40,6 +40,20 @@ TEST_F(XmlSelection, SelectsOneOrAllInDocumentOrder) {
   EXPECT_EQ(document->SelectNodes("namespace::*")->Count(), 0) << "a namespace is no node of the document";
 }
 
+TEST_F(XmlSelection, ARelativePathBeginsAtTheDocument) {
+  const auto document = Loaded("<a><c><b>1</b><d>2</d></c><c><b>3</b></c></a>");
+  using Words = std::vector<std::string>;
+  EXPECT_EQ(Selected(*document, "a/c/b"), (Words{"1", "3"}));
+  EXPECT_EQ(Selected(*document, "a/c/*"), (Words{"1", "2", "3"}));
+  EXPECT_EQ(Selected(*document, "*"), (Words{"123"}));
+  EXPECT_EQ(Selected(*document, ".//d"), (Words{"2"}));
+  EXPECT_EQ(Selected(*document, "c/b"), Words()) << "the root is one step away";
+  EXPECT_EQ(Selected(*document, ".."), Words());
+  EXPECT_EQ(document->SelectSingleNode("a/c[2]/b")->Text(), "3");
+  EXPECT_EQ(document->SelectSingleNode(".")->Name(), "#document");
+  EXPECT_EQ(XmlDocument().SelectSingleNode("a"), nullptr);
+}
+
 TEST_F(XmlSelection, PrefixesAreThoseOfTheRoot) {
   const auto document = Loaded("<p:r xmlns:p='u'><p:a/><a/></p:r>");
   EXPECT_EQ(document->SelectNodes("//p:a")->Count(), 1);

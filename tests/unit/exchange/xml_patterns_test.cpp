@@ -24,7 +24,7 @@ TEST(ExecuteXSLPattern, GivesTheTrimmedTextOfTheFirstMatchOrNothing) {
       {"//a", "x"},        {"//b", "1"}, {"//b[2]", "2"}, {"//@k", "v"},         {"//b/text()", "1"},
       {"//none", ""},      {"", ""},     {"//a[", ""},    {"nosuch()", ""},      {"count(//a)", ""},
       {"//p:a", ""},       {"  ", ""},   {"//tab", "\t"}, {"/r/c[@k='v']", "3"}, {"//c[@k='v']", "3"},
-      {"//c[@k='w']", ""},
+      {"//c[@k='w']", ""}, {"r/a", "x"}, {"r/*", "x"},    {"*/b[2]", "2"},       {"b", ""},
   };
   WithStandIns([&](StoodIn& test) {
     BudgetExcel excel;
@@ -85,6 +85,8 @@ TEST(ExecuteXSLPatternReturnAllNodes, GivesTheListAsItComes) {
     ASSERT_EQ(nodes->Count(), 2);
     EXPECT_EQ(nodes->Item(0)->Text(), " 1 ");
     EXPECT_EQ(nodes->Item(1)->Text(), "2");
+    pattern = "r/*";
+    EXPECT_EQ(excel.ExecuteXSLPatternReturnAllNodes(document, pattern)->Count(), 2);
     pattern = "//none";
     const auto none = excel.ExecuteXSLPatternReturnAllNodes(document, pattern);
     ASSERT_NE(none, nullptr) << "an empty list is a list";
