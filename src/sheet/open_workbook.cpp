@@ -1,19 +1,23 @@
 #include "sheet/open_workbook.h"
 
+#include <fcntl.h>
 #include <gsf/gsf-infile-msole.h>
 #include <gsf/gsf-infile.h>
 #include <gsf/gsf-input-memory.h>
-#include <gsf/gsf-input-stdio.h>
 #include <gsf/gsf-outfile-msole.h>
 #include <gsf/gsf-output-memory.h>
 #include <gsf/gsf-structured-blob.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <goffice/app/file.h>
 #include <goffice/app/io-context.h>
 
 #include <cerrno>
+#include <cstddef>
 #include <cstring>
+#include <utility>
+#include <vector>
 
 #include "adapters/spreadsheet/message/messages.h"
 #include "sheet/refusal.h"
@@ -25,25 +29,48 @@ namespace {
 namespace refusals = adapters::spreadsheet::message::refusals;
 using adapters::spreadsheet::message::kLargestFile;
 
-void RequireUsableFile(const std::string& path) {
-  struct stat found {};
-  if (stat(path.c_str(), &found) != 0) {
+class Descriptor {
+ public:
+  // Without the flag, opening a pipe would wait for somebody who writes to it.
+  explicit Descriptor(const std::string& path)
+      : handle_(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)) {
+    if (handle_ >= 0) return;
     const bool missing = errno == ENOENT || errno == ENOTDIR;
     throw Refusal(missing ? refusals::kMissing : refusals::kAccess, std::strerror(errno));
   }
+  ~Descriptor() { close(handle_); }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  [[nodiscard]] int Handle() const noexcept { return handle_; }
+
+ private:
+  int handle_;
+};
+
+// The size of an ordinary file that is neither empty nor too large.
+std::size_t UsableSize(int handle) {
+  struct stat found {};
+  if (fstat(handle, &found) != 0) throw Refusal(refusals::kAccess, std::strerror(errno));
   if (S_ISDIR(found.st_mode)) throw Refusal(refusals::kAccess, "it is a directory");
   if (!S_ISREG(found.st_mode)) throw Refusal(refusals::kAccess, "it is no ordinary file");
   if (found.st_size == 0) throw Refusal(refusals::kNoWorkbook, "is empty");
   if (found.st_size > kLargestFile) throw Refusal(refusals::kTooLarge, "is larger than 64 MB");
+  return static_cast<std::size_t>(found.st_size);
 }
 
-Held<GsfInput> OpenInput(const std::string& path) {
-  GError* error = nullptr;
-  GsfInput* input = gsf_input_stdio_new(path.c_str(), &error);
-  if (input != nullptr) return Held<GsfInput>(input);
-  const std::string why = error == nullptr ? "it cannot be read" : error->message;
-  g_clear_error(&error);
-  throw Refusal(refusals::kAccess, why);
+// The file in memory, as far as it reached when it was opened.
+Held<GsfInput> ReadFile(const std::string& path) {
+  const Descriptor file(path);
+  std::vector<guint8> content(UsableSize(file.Handle()));
+  std::size_t done = 0;
+  while (done < content.size()) {
+    const ssize_t count = read(file.Handle(), content.data() + done, content.size() - done);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) throw Refusal(refusals::kAccess, std::strerror(errno));
+    if (count == 0) break;
+    done += static_cast<std::size_t>(count);
+  }
+  return Held<GsfInput>(gsf_input_memory_new_clone(content.data(), static_cast<gsf_off_t>(done)));
 }
 
 bool IsContainer(GsfInput* input) {
@@ -76,23 +103,14 @@ Held<GsfInput> InOnePiece(GsfInput* input) {
 }
 
 // What is no container may be a workbook of an older format, which is one stream.
-Held<GsfInput> InMemory(GsfInput* input) {
-  if (IsContainer(input)) return InOnePiece(input);
-  const auto size = static_cast<gsize>(gsf_input_size(input));
-  auto* bytes = static_cast<guint8*>(g_malloc(size));
-  if (gsf_input_read(input, size, bytes) == nullptr) {
-    g_free(bytes);
-    throw Refusal(refusals::kAccess, "it cannot be read");
-  }
-  // NOLINTNEXTLINE(clang-analyzer-unix.Malloc): the input frees the bytes.
-  return Held<GsfInput>(gsf_input_memory_new(bytes, static_cast<gsf_off_t>(size), TRUE));
+Held<GsfInput> InMemory(Held<GsfInput> file) {
+  return IsContainer(file.get()) ? InOnePiece(file.get()) : std::move(file);
 }
 
 }  // namespace
 
 OpenWorkbook::OpenWorkbook(const std::string& path) {
-  RequireUsableFile(path);
-  const Held<GsfInput> input = InMemory(OpenInput(path).get());
+  const Held<GsfInput> input = InMemory(ReadFile(path));
   const GOFileOpener* opener = go_file_opener_for_id("Gnumeric_Excel:excel");
   if (opener == nullptr) throw Refusal(refusals::kInternal, "the library cannot read workbooks");
   if (go_file_opener_probe(opener, input.get(), GO_FILE_PROBE_CONTENT) == 0) {

@@ -7,6 +7,7 @@ TALVEX_DAMAGED_FILES says how many damaged files are tried (2,000).
 import json
 import os
 import random
+import socket
 import struct
 import subprocess
 import tempfile
@@ -16,7 +17,7 @@ import unittest
 import xlwt
 from _gateway import Gateway
 from _talvex import SampleTest
-from _workbooks import protected, styled
+from _workbooks import protected, styled, told
 from xlwt.CompoundDoc import XlsDoc
 
 DAMAGED_FILES = int(os.environ.get("TALVEX_DAMAGED_FILES", "2000"))
@@ -122,6 +123,15 @@ class Refusals(SampleTest):
     def test_a_thing_that_is_no_file(self):
         os.mkfifo(self.path)
         self.refused(NO_ACCESS, "it is no ordinary file")
+        self.refused(NO_ACCESS, "it is no ordinary file", "/dev/zero")
+        other = os.path.join(self.folder.name, "socket.xls")
+        with socket.socket(socket.AF_UNIX) as bound:
+            bound.bind(other)
+            self.refused(NO_ACCESS, "No such device or address", other)
+
+    def test_talvex_sheet_itself_waits_for_no_pipe(self):
+        os.mkfifo(self.path)
+        self.assertEqual(told(self.path), {"refusal": "access", "text": "it is no ordinary file"})
 
     def test_an_empty_file(self):
         self.write(b"")

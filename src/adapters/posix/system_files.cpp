@@ -25,6 +25,8 @@ namespace number = automation::error_number;
 constexpr std::string_view kSource = "Talvex.Platform.Files";
 constexpr mode_t kNewFileMode = 0666;  // The process's mask takes its share.
 constexpr mode_t kOwnerOnly = 0600;
+constexpr mode_t kAllOfMode = 07777;
+constexpr auto kUnchanged = static_cast<uid_t>(-1);  // To fchown, of either.
 
 [[noreturn]] void Raise(int system_error, const std::string& path) {
   const std::string tail = ": " + path + " (" + std::generic_category().message(system_error) + ")";
@@ -37,6 +39,10 @@ constexpr mode_t kOwnerOnly = 0600;
     default:
       throw Error(number::kFileAccess, kSource, "Path/File access error" + tail);
   }
+}
+
+[[noreturn]] void RaiseUnread(const std::string& path, const std::string& why) {
+  throw Error(number::kFileAccess, kSource, "Path/File access error: " + path + " (" + why + ")");
 }
 
 // The path as the system reads it. A NUL character would end it early and name another file.
@@ -66,6 +72,23 @@ class Descriptor {
   }
   [[nodiscard]] std::size_t Write(std::string_view data) const {
     return Repeat([&] { return write(handle_, data.data(), data.size()); });
+  }
+  [[nodiscard]] struct stat Status() const {
+    struct stat status {};
+    if (fstat(handle_, &status) != 0) Raise(errno, named_);
+    return status;
+  }
+  // Makes the file as open as another one, and never more. Without its group, the group that the file has
+  // instead gets what everybody has.
+  void BeAsOpenAs(const struct stat& other) const {
+    mode_t mode = other.st_mode & kAllOfMode;
+    const struct stat own = Status();
+    const bool owned = own.st_uid == other.st_uid || fchown(handle_, other.st_uid, kUnchanged) == 0;
+    if (own.st_gid != other.st_gid && fchown(handle_, kUnchanged, other.st_gid) != 0) {
+      mode = (mode & ~S_IRWXG) | ((mode & S_IRWXO) << 3);
+    }
+    if (!owned || Status().st_gid != other.st_gid) mode &= ~static_cast<mode_t>(S_ISUID | S_ISGID);
+    if (fchmod(handle_, mode) != 0) Raise(errno, named_);
   }
   // Some file systems have nothing to do for a folder, and say that they cannot.
   void Sync() const {
@@ -115,8 +138,17 @@ void MoveToFreeName(const std::string& from, const std::string& to, const std::s
   unlink(from.c_str());
 }
 
-void WriteWhole(const std::string& path, std::string_view content, const std::string& named, mode_t mode) {
+// What the name stands for; nothing when it is free.
+std::optional<struct stat> StatusOf(const std::string& path) {
+  struct stat status {};
+  return stat(path.c_str(), &status) == 0 ? std::optional(status) : std::nullopt;
+}
+
+// `replaced` is the file whose place this one takes, if there is one.
+void WriteWhole(const std::string& path, std::string_view content, const std::string& named, mode_t mode,
+                const std::optional<struct stat>& replaced) {
   Descriptor file(path, O_WRONLY | O_CREAT | O_EXCL, named, mode);
+  if (replaced) file.BeAsOpenAs(*replaced);
   while (!content.empty()) content.remove_prefix(file.Write(content));
   file.Sync();
   file.Close();
@@ -124,13 +156,14 @@ void WriteWhole(const std::string& path, std::string_view content, const std::st
 
 // Writes under another name in the same folder, and gives the whole file its final name by `move`.
 template <class Move>
-void WriteBeside(const std::string& path, std::string_view content, Move move, mode_t mode = kNewFileMode) {
+void WriteBeside(const std::string& path, std::string_view content, mode_t mode,
+                 const std::optional<struct stat>& replaced, Move move) {
   const std::string final_name = Checked(path);
   const std::string folder = FolderOf(final_name);
   const Descriptor folder_handle(folder, O_RDONLY | O_DIRECTORY, path);
   const std::string temporary_name = TemporaryName(folder);
   try {
-    WriteWhole(temporary_name, content, path, mode);
+    WriteWhole(temporary_name, content, path, mode, replaced);
     move(temporary_name, final_name, path);
   } catch (...) {
     unlink(temporary_name.c_str());
@@ -147,10 +180,17 @@ bool SystemFiles::Exists(const std::string& path) const {
 }
 
 std::string SystemFiles::Read(const std::string& path) const {
-  const Descriptor file(Checked(path), O_RDONLY, path);
+  // Without the flag, opening a pipe would wait for somebody who writes to it.
+  const Descriptor file(Checked(path), O_RDONLY | O_NONBLOCK | O_NOCTTY, path);
+  const struct stat status = file.Status();
+  if (S_ISDIR(status.st_mode)) Raise(EISDIR, path);
+  if (!S_ISREG(status.st_mode)) RaiseUnread(path, "it is no ordinary file");
   std::string content;
   std::array<char, 65536> block{};
   for (;;) {
+    // Some files do not tell their size, and some grow meanwhile.
+    const bool too_large = content.size() > kLargestFile || status.st_size > off_t{kLargestFile};
+    if (too_large) RaiseUnread(path, "it is larger than " + std::to_string(kLargestFile) + " bytes");
     const std::size_t count = file.Read(block.data(), block.size());
     if (count == 0) return content;
     content.append(block.data(), count);
@@ -171,17 +211,20 @@ std::optional<std::string> SystemFiles::Version(const std::string& path) const {
 }
 
 void SystemFiles::WriteNew(const std::string& path, std::string_view content) {
-  WriteBeside(path, content, &MoveToFreeName);
+  WriteBeside(path, content, kNewFileMode, std::nullopt, &MoveToFreeName);
 }
 
 void SystemFiles::WriteNewForOwner(const std::string& path, std::string_view content) {
-  WriteBeside(path, content, &MoveToFreeName, kOwnerOnly);
+  WriteBeside(path, content, kOwnerOnly, std::nullopt, &MoveToFreeName);
 }
 
 void SystemFiles::Replace(const std::string& path, std::string_view content) {
-  WriteBeside(path, content, [](const std::string& from, const std::string& to, const std::string& named) {
+  const auto move = [](const std::string& from, const std::string& to, const std::string& named) {
     if (rename(from.c_str(), to.c_str()) != 0) Raise(errno, named);
-  });
+  };
+  const auto replaced = StatusOf(Checked(path));
+  // Until it is as open as the file that it replaces, it is its owner's alone.
+  WriteBeside(path, content, replaced ? kOwnerOnly : kNewFileMode, replaced, move);
 }
 
 void SystemFiles::Append(const std::string& path, std::string_view content) {

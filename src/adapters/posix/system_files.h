@@ -1,6 +1,7 @@
 // The file system of the machine.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -9,9 +10,16 @@
 
 namespace talvex::adapters::posix {
 
-// A file made by WriteNew is on the disk when the call returns, and the folder knows it: what a caller was
-// told is written survives a crash. Until then it has a hidden name, ".new-" and numbers, beside its final
-// one.
+// More than this is read of no file.
+inline constexpr std::size_t kLargestFile = 100'000'000;
+
+// A file made by WriteNew or Replace is on the disk when the call returns, and the folder knows it: what a
+// caller was told is written survives a crash. Until then it has a hidden name, ".new-" and numbers, beside
+// its final one. A file that is put in place of another is open to nobody to whom that was not: it has its
+// mode, and, as far as this process may say so, its owner and group.
+//
+// Reading waits for nobody: what is no ordinary file (a folder, a device, a pipe, a socket) and what is
+// larger than kLargestFile raises 75.
 class SystemFiles final : public platform::Files {
  public:
   [[nodiscard]] bool Exists(const std::string& path) const override;

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -44,6 +46,12 @@ class PosixFilesTest : public ::testing::Test {
 
   std::string Path(std::string_view name) const { return folder_.Path(name); }
 
+  static mode_t ModeOf(const std::string& path) {
+    struct stat status {};
+    EXPECT_EQ(stat(path.c_str(), &status), 0);
+    return status.st_mode & 07777U;
+  }
+
   SystemFiles files_;
   test::TemporaryFolder folder_;
 };
@@ -66,6 +74,22 @@ class SmallFilesOnly {
  private:
   rlimit before_{};
   void (*handler_)(int);
+};
+
+// A socket with a name in the file system.
+class UnixSocket {
+ public:
+  explicit UnixSocket(const std::string& path) : handle_(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    sockaddr_un address{AF_UNIX, {}};
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    EXPECT_EQ(bind(handle_, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+  }
+  ~UnixSocket() { close(handle_); }
+  UnixSocket(const UnixSocket&) = delete;
+  UnixSocket& operator=(const UnixSocket&) = delete;
+
+ private:
+  int handle_;
 };
 
 TEST_F(PosixFilesTest, ANewFileIsReadBackByteForByte) {
@@ -211,6 +235,65 @@ TEST_F(PosixFilesTest, ReadingWhatIsNoFileIsTold) {
               [&] { static_cast<void>(files_.Read(Path("a"))); });
   ExpectError(number::kFileAccess, folder_.Path(), "Is a directory",
               [&] { static_cast<void>(files_.Read(folder_.Path())); });
+}
+
+// Read without waiting for anybody: an implementation that waited would never come to the next row.
+TEST_F(PosixFilesTest, OnlyAnOrdinaryFileIsRead) {
+  ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
+  ASSERT_EQ(symlink("pipe", Path("link").c_str()), 0);
+  const UnixSocket socket(Path("socket"));
+  const struct {
+    std::string path;
+    std::string reason;
+  } rows[] = {{Path("pipe"), "it is no ordinary file"},      {Path("link"), "it is no ordinary file"},
+              {Path("socket"), "No such device or address"}, {"/dev/zero", "it is no ordinary file"},
+              {"/dev/full", "it is no ordinary file"},       {folder_.Path(), "Is a directory"}};
+  for (const auto& row : rows) {
+    ExpectError(number::kFileAccess, row.path, row.reason, [&] { static_cast<void>(files_.Read(row.path)); });
+  }
+}
+
+TEST_F(PosixFilesTest, NoMoreIsReadThanTheLargestFileHas) {
+  static_cast<void>(folder_.Write("a", "x"));
+  fs::resize_file(Path("a"), kLargestFile);
+  EXPECT_EQ(files_.Read(Path("a")).size(), kLargestFile);
+  fs::resize_file(Path("a"), kLargestFile + 1);
+  ExpectError(number::kFileAccess, Path("a"), "larger than 100000000 bytes",
+              [&] { static_cast<void>(files_.Read(Path("a"))); });
+  EXPECT_NE(files_.Read("/proc/self/status"), "") << "a file that does not tell its size";
+}
+
+TEST_F(PosixFilesTest, AReplacedFileIsAsOpenAsTheOldOne) {
+  const mode_t mask = umask(022);
+  for (const mode_t mode : {0600, 0640, 0400, 0664, 0755, 02640}) {
+    files_.Replace(Path("a"), "first");
+    ASSERT_EQ(chmod(Path("a").c_str(), mode), 0);
+    files_.Replace(Path("a"), "second");
+    EXPECT_EQ(files_.Read(Path("a")), "second");
+    EXPECT_EQ(ModeOf(Path("a")), mode);
+    files_.Remove(Path("a"));
+  }
+  files_.Replace(Path("new"), "x");
+  EXPECT_EQ(ModeOf(Path("new")), 0644U) << "where nothing was, the mask of the process holds";
+  files_.WriteNew(Path("another"), "x");
+  EXPECT_EQ(ModeOf(Path("another")), 0644U);
+  umask(mask);
+}
+
+TEST_F(PosixFilesTest, AReplacedFileKeepsItsOwnerAndGroup) {
+  // Only the superuser can give files away.
+  const bool anybody = geteuid() == 0;
+  const uid_t owner = anybody ? 12345 : geteuid();
+  const gid_t group = anybody ? 54321 : getegid();
+  files_.Replace(Path("a"), "first");
+  ASSERT_EQ(chown(Path("a").c_str(), owner, group), 0);
+  ASSERT_EQ(chmod(Path("a").c_str(), 0640), 0);
+  files_.Replace(Path("a"), "second");
+  struct stat status {};
+  ASSERT_EQ(stat(Path("a").c_str(), &status), 0);
+  EXPECT_EQ(status.st_uid, owner);
+  EXPECT_EQ(status.st_gid, group);
+  EXPECT_EQ(status.st_mode & 07777U, 0640U);
 }
 
 TEST_F(PosixFilesTest, APathWithANulCharacterNamesNoOtherFile) {
