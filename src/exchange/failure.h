@@ -46,7 +46,7 @@ auto Labelled(std::string_view label, Body&& body) -> decltype(body()) {
 }
 
 // Appends one line to `text`, that of the failure's label in the user's language or, when there is no such
-// text, the label itself, and writes the cause to the log. Raises nothing.
+// text, the label itself, and writes the cause to the log. The empty user reads English. Raises nothing.
 void CollectFailure(const Failure& failure, std::string_view method, const std::string& user,
                     std::string& text);
 

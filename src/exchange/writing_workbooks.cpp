@@ -41,7 +41,12 @@ std::shared_ptr<Workbook> BudgetExcel::TransformXMLToExcel(
     const auto book = WorkbookOf(OpenWorkbook(i_sFilePath.value_or(""), kind));
     ApplyMarkup(i_sXml, i_nWriteMode, *book);
     const std::string destination = i_sFilePathDest.value_or("");
-    if (!automation::Trimmed(destination).empty()) book->SaveAs(destination, false);
+    if (automation::Trimmed(destination).empty()) {
+      // What the file could not hold is found here, and not by whoever saves the workbook later.
+      book->Calculate();
+    } else {
+      book->SaveAs(destination, false);
+    }
     written = book;
   });
   return written;

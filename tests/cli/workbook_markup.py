@@ -208,14 +208,49 @@ class Writing(MarkupTest):
         set_one = "SetCustomerPropertyInExcel"
         answer = self.gateway.invoke(self.excel, set_one, [opened, "Count", "x", "number", ""])
         self.assertIn("SLBBU0347", answer["out"]["o_sError"])
+        for day in ("12/31/1969", "2/8/2106"):
+            answer = self.gateway.invoke(self.excel, set_one, [opened, "Day", day, "date", ""])
+            self.assertIn("SLBBU0347", answer["out"]["o_sError"])
+        self.gateway.invoke(self.excel, set_one, [opened, "Last", "2/7/2106", "date", ""])
+        self.gateway.invoke(self.excel, set_one, [opened, "First", "1/1/1970", "date", ""])
         self.gateway.invoke(self.excel, set_one, [opened, "count", "7", "Number", ""])
         copy = os.path.join(self.site, "copy.xls")
         out = self.gateway.invoke(self.excel, "WriteExcelObjectToFile", [opened, copy, True])["out"]
         self.assertEqual(out, {"i_oExcelWorkBook": EMPTY})
         again = self.gateway.invoke(program, "Open", [copy])["result"]
-        self.assertEqual(self.gateway.invoke(again["$object"], "Property", ["Count"])["result"], 7)
+        self.assertEqual([self.gateway.invoke(again["$object"], "Property", [name])["result"]
+                          for name in ("Count", "Day", "First", "Last")],
+                         [7, *({"$date": day} for day in ("2026-03-15", "1970-01-01", "2106-02-07"))])
         self.gateway.invoke(self.excel, "CloseWorkBook", [again])
         self.assertEqual(self.gateway.error_number("get", object=again["$object"], property="Name"), 3704)
+
+    def test_a_failing_property_leaves_one_entry_in_the_log(self):
+        self.read(self.template)  # Somebody's texts are looked up, and then those of nobody.
+        self.refused("<x>")
+        log = os.path.join(self.site, "log", "errors.jsonl")
+        with open(log, encoding="utf-8") as file:
+            before = len(file.readlines())
+        program = self.gateway.create("Platform.Spreadsheet")
+        opened = self.gateway.invoke(program, "Open", [self.template])["result"]
+        for _ in range(2):
+            self.gateway.invoke(self.excel, "SetCustomerPropertyInExcel", [opened, "Day", "x", "date", ""])
+        with open(log, encoding="utf-8") as file:
+            self.assertEqual(len(file.readlines()) - before, 2)
+
+    def test_what_cannot_be_saved_is_refused_though_nothing_is_saved(self):
+        values = ['<v B2BVALUEPOS="A1" B2BVALUETYPE="formula" B2BVALUE="=SUM("/>',
+                  '<v B2BVALUEPOS="A1" B2BVALUETYPE="date">1/1/1850</v>']
+        for value in values:
+            with self.subTest(value=value):
+                book, error = self.transform(f'<x B2BWORKSHEET="Lines">{value}</x>', target=" ")
+                self.assertIsNone(book)
+                self.assertEqual(error, "\r\nThe data could not be written to the workbook-")
+        book, error = self.transform('<x B2BWORKSHEET="Lines"><v B2BVALUEPOS="J1">x</v>'
+                                     '<v B2BVALUEPOS="J2" B2BVALUETYPE="formula" B2BVALUE="=J1&amp;1"/></x>',
+                                     target=" ")
+        self.assertEqual(error, "")
+        sheet = self.gateway.invoke(book, "Sheet", ["Lines"])["result"]["$object"]
+        self.assertEqual(self.gateway.invoke(sheet, "Value", [2, 10])["result"], "x1")
 
     def test_the_last_row_is_row_65536(self):
         fields = '<t B2BVALUEPOS="A65535"/>'

@@ -33,6 +33,7 @@ void OpenBook::RequireFreeSheetName(const std::string& name, std::optional<std::
   if (!automation::IsUtf8(name) || name.find('\0') != std::string::npos) refuse("is no text");
   if (automation::CharacterCount(name) > kLongestSheetName) refuse("has more than 31 characters");
   if (name.find_first_of("[]:*?/\\") != std::string::npos) refuse("has one of the characters []:*?/\\");
+  if (name.front() == '\'' || name.back() == '\'') refuse("begins or ends with an apostrophe");
   const auto taken = FindSheet(name);
   if (taken && taken != own) refuse("is another sheet's");
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 #include "automation/conversions.h"
@@ -34,6 +35,11 @@ PropertyType TypeOf(const Variant& value) {
   }
 }
 
+// A property counts its seconds since 1970 in 32 bits.
+bool HoldsDate(const automation::Date& date) {
+  return date.Seconds() >= 0 && date.Seconds() <= std::numeric_limits<std::uint32_t>::max();
+}
+
 // The value as one of the four types that a property has.
 Variant ForProperty(const std::string& name, const Variant& value) {
   if (value.IsEmpty()) return std::string();
@@ -41,6 +47,10 @@ Variant ForProperty(const std::string& name, const Variant& value) {
     const auto& text = value.As<std::string>();
     if (automation::IsUtf8(text) && text.find('\0') == std::string::npos) return value;
     throw Error(number::kInvalidCall, kSource, "The document property " + name + " is no text");
+  }
+  if (value.Type() == Kind::Date && !HoldsDate(value.As<automation::Date>())) {
+    throw Error(number::kOverflow, kSource,
+                "Overflow: the document property " + name + " holds a date from 1970 to 2106 only");
   }
   if (TypeOf(value) != PropertyType::None && value.Type() != Kind::Double) return value;
   const double real = automation::ToDouble(value);

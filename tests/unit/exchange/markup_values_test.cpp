@@ -177,6 +177,21 @@ TEST(MarkupValues, PlaceholdersAreFilledIn) {
       {"formula", "=\"<[%VALUE%]>\"", "a\"&B1&\"", "AB12 =\"<a\"\"&B1&\"\">\""},
       {"formula", "=\"<[%VALUE%]>\"&[%VALUE%]", "x", "AB12 =\"<x>\"&\"x\""},
       {"formula", "=[%WHAT%]", "", kNotFilledIn},
+      {"formula", "=[%VALUE%]", "123456789012345", "AB12 =123456789012345"},
+      {"formula", "=[%VALUE%]", "1234567890123456", "AB12 =\"1234567890123456\""},
+      {"formula", "={1,[%VALUE%]}", "x", "AB12 ={1,\"x\"}"},
+      {"formula", "=IF(A1=1, [%VALUE%] ,2)", "x", "AB12 =IF(A1=1, \"x\" ,2)"},
+      {"formula", "=\"5\"\" [%VALUE%]\"", "\"x", "AB12 =\"5\"\" \"\"x\""},
+      {"formula", "=\"5\\\"&[%VALUE%]", "\"x", "AB12 =\"5\\\"&\"\"\"x\""},
+      {"formula", "='a\"b'!A1&[%VALUE%]", "x", "AB12 ='a\"b'!A1&\"x\""},
+      {"formula", "='a\"b'!A1&\"'[%VALUE%]\"", "x", "AB12 ='a\"b'!A1&\"'x\""},
+      {"formula", "='it''s'!A[%ROW%]&[%VALUE%]", "x", "AB12 ='it''s'!A12&\"x\""},
+      {"formula", "='[%VALUE%]'!A1", "x", kNotFilledIn},
+      {"formula", "=A[%VALUE%]", "7", kNotFilledIn},
+      {"formula", "=SUM([%VALUE%] :9)", "7", kNotFilledIn},
+      {"formula", "=[%VALUE%]!A1", "x", kNotFilledIn},
+      {"formula", "=[%ROW%][%VALUE%]", "7", kNotFilledIn},
+      {"formula", "=[%VALUE%][%VALUE%]", "7", kNotFilledIn},
   };
   WithWorkbooks([&](WorkbookWorld& world) {
     for (const PlaceholderRow& row : rows) {
@@ -193,14 +208,13 @@ TEST(MarkupValues, PlaceholdersAreFilledIn) {
 
 TEST(MarkupValues, ResultsAreCalculatedWithTheTemporaryValuesWhichThenGo) {
   WithWorkbooks([](WorkbookWorld& world) {
-    world.Engine().results = {MadeSheet("Lines", {{"B2", 108.25}})};
-    world.Engine().results[0].cells.Set(ReadAddress("B2"), {108.25, "=A2*Z1"});
+    world.Engine().results = {{"=A2*Z1", 108.25}};
     const auto book = world.Write(OnLines("<v B2BVALUEPOS='Z1' B2BVALUETYPE='number' B2BTEMPVALUE='1.0825'/>"
                                           "<v B2BVALUEPOS='B2' B2BVALUETYPE='result' B2BVALUE='=A2*Z1'/>"),
                                   {{"A2", 100.0}});
     ASSERT_NE(book, nullptr) << world.Error();
     EXPECT_EQ(Shown(*book), "A2 100 | B2 108.25");
-    ASSERT_EQ(world.Engine().rewrites.size(), 1U);
+    ASSERT_EQ(world.Engine().rewrites.size(), 2U) << "once for the result, and once to see that all is well";
     const auto* cells = std::get_if<platform::spreadsheet::edit::SetCells>(&world.Engine().rewrites[0].at(0));
     ASSERT_NE(cells, nullptr);
     EXPECT_EQ(cells->cells.Find(ReadAddress("Z1"))->value, automation::Variant(1.0825));
@@ -208,11 +222,25 @@ TEST(MarkupValues, ResultsAreCalculatedWithTheTemporaryValuesWhichThenGo) {
   });
 }
 
+// What the engine would not write is found before anybody gets the workbook, saved or not.
+TEST(MarkupValues, WhatCannotBeSavedIsRefusedWhereItIsPlaced) {
+  WithWorkbooks([](WorkbookWorld& world) {
+    world.Engine().rewrite_failure = automation::Error(5, "Stand-in", "No formula");
+    const std::string xml = OnLines("<v B2BVALUEPOS='A1' B2BVALUETYPE='formula'>=SUM(</v>");
+    EXPECT_EQ(world.Write(xml), nullptr);
+    EXPECT_EQ(world.Error(), kNotWritten);
+    EXPECT_NE(world.Write("<nothing/>"), nullptr) << "nothing is asked of the engine without a change";
+  });
+}
+
 TEST(MarkupValues, TemporaryValuesGoEvenWhenNothingIsCalculated) {
   WithWorkbooks([](WorkbookWorld& world) {
     const std::string xml = OnLines("<v B2BVALUEPOS='A1' B2BTEMPVALUE='there'/>");
     EXPECT_EQ(world.Written(xml, {{"A1", "old"}, {"A2", "kept"}}), "A2 \"kept\"");
-    EXPECT_TRUE(world.Engine().rewrites.empty());
+    ASSERT_EQ(world.Engine().rewrites.size(), 1U);
+    const auto* cells = std::get_if<platform::spreadsheet::edit::SetCells>(&world.Engine().rewrites[0].at(0));
+    ASSERT_NE(cells, nullptr);
+    EXPECT_TRUE(cells->cells.Find(ReadAddress("A1"))->value.IsEmpty());
   });
 }
 

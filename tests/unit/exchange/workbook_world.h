@@ -20,11 +20,42 @@ using platform::spreadsheet::Content;
 using platform::spreadsheet::Sheet;
 using platform::spreadsheet::Workbook;
 
-// Holds workbooks by their paths and keeps the changes that it is asked to make.
+// Makes the changes of an edit that concern what cells hold.
+struct MakeEdit {
+  Content& content;
+
+  void operator()(const platform::spreadsheet::edit::SetCells& edit) const {
+    for (const auto& [row, cells] : edit.cells.ByRow()) {
+      for (const auto& [column, cell] : cells) Of(edit.sheet).Set({row, column}, cell);
+    }
+  }
+  void operator()(const platform::spreadsheet::edit::AddSheet& edit) const {
+    content.sheets.push_back({edit.name, {}});
+  }
+  void operator()(const platform::spreadsheet::edit::InsertRows& edit) const {
+    Of(edit.sheet).MoveDown(edit.row, edit.count);
+  }
+  void operator()(const platform::spreadsheet::edit::CopyRows& edit) const {
+    if (!edit.only_styles) Of(edit.sheet).CopyRows(edit.row, edit.count, edit.target);
+  }
+  void operator()(const platform::spreadsheet::edit::RenameSheet& /*edit*/) const {}
+  void operator()(const platform::spreadsheet::edit::SetProperty& /*edit*/) const {}
+
+  [[nodiscard]] platform::spreadsheet::Cells& Of(const std::string& name) const {
+    for (auto& sheet : content.sheets) {
+      if (sheet.name == name) return sheet.cells;
+    }
+    throw automation::Error(automation::error_number::kInvalidCall, "Stand-in", "no sheet " + name);
+  }
+};
+
+// Holds workbooks by their paths and keeps the changes that it is asked to make. It knows nothing of
+// formulas: any text is one, a moved one keeps its references, and what one gives is what the test says, or
+// nothing. What formulas are is tested with talvex-sheet itself.
 class FakeEngine final : public platform::spreadsheet::Engine {
  public:
   std::map<std::string, Content> files;
-  std::vector<Sheet> results;  // What formulas give when they are calculated.
+  std::map<std::string, automation::Variant> results;  // What a formula of that text gives.
   std::optional<automation::Error> read_failure;
   std::optional<automation::Error> rewrite_failure;
   mutable std::vector<std::vector<platform::spreadsheet::Edit>> rewrites;
@@ -34,10 +65,30 @@ class FakeEngine final : public platform::spreadsheet::Engine {
     return files.at(path);
   }
   [[nodiscard]] platform::spreadsheet::Rewritten Rewrite(
-      const std::string& /*path*/, const std::vector<platform::spreadsheet::Edit>& edits) const override {
+      const std::string& path, const std::vector<platform::spreadsheet::Edit>& edits) const override {
     if (rewrite_failure) throw *rewrite_failure;
     rewrites.push_back(edits);
-    return {"rewritten", results};
+    Content content = files.at(path);
+    for (const auto& edit : edits) std::visit(MakeEdit{content}, edit);
+    return {"rewritten", Calculated(content.sheets)};
+  }
+
+ private:
+  [[nodiscard]] std::vector<Sheet> Calculated(const std::vector<Sheet>& sheets) const {
+    std::vector<Sheet> formulas;
+    for (const Sheet& sheet : sheets) {
+      formulas.push_back({sheet.name, {}});
+      for (const auto& [row, cells] : sheet.cells.ByRow()) {
+        for (const auto& [column, cell] : cells) {
+          if (cell.formula.empty()) continue;
+          const auto result = results.find(cell.formula);
+          formulas.back().cells.Set(
+              {row, column},
+              {result == results.end() ? automation::Variant() : result->second, cell.formula});
+        }
+      }
+    }
+    return formulas;
   }
 };
 

@@ -182,8 +182,8 @@ TEST_F(SpreadsheetTest, RowsMoveAndAreCopied) {
 
 TEST_F(SpreadsheetTest, SheetNamesThatCannotBe) {
   const auto book = Open();
-  for (const std::string& name :
-       std::vector<std::string>{"", "SECOND", "a/b", "a:b", "[x]", "what?", "a*", "a\\b", "\xff"}) {
+  for (const std::string& name : std::vector<std::string>{"", "SECOND", "a/b", "a:b", "[x]", "what?", "a*",
+                                                          "a\\b", "'a", "a'", "\xff"}) {
     EXPECT_EQ(ErrorNumberOf([&] { book->AddSheet(name); }), number::kInvalidCall) << name;
   }
   EXPECT_EQ(ErrorNumberOf([&] { book->AddSheet(std::string(32, 'x')); }), number::kInvalidCall);
@@ -208,6 +208,21 @@ TEST_F(SpreadsheetTest, PropertiesAreReplacedInAnyCase) {
   EXPECT_EQ(ErrorNumberOf([&] { book->SetProperty("", 1.0); }), number::kInvalidCall);
   EXPECT_EQ(ErrorNumberOf([&] { book->SetProperty("x", kNull); }), number::kInvalidUseOfNull);
   EXPECT_EQ(ErrorNumberOf([&] { book->PropertyName(3); }), number::kSubscriptOutOfRange);
+}
+
+TEST_F(SpreadsheetTest, APropertyHoldsTheDatesThatTheFileHas) {
+  const auto book = Open();
+  const auto set = [&](std::int64_t seconds) { book->SetProperty("Day", Date::FromSeconds(seconds)); };
+  for (const std::int64_t seconds : {std::int64_t{0}, std::int64_t{4294967295}}) {
+    set(seconds);
+    EXPECT_EQ(book->Property("Day"), Variant(Date::FromSeconds(seconds)));
+  }
+  for (const std::int64_t seconds : {std::int64_t{-1}, std::int64_t{4294967296}}) {
+    const auto error = ErrorOf([&] { set(seconds); });
+    EXPECT_EQ(error.number, number::kOverflow);
+    EXPECT_EQ(error.description, "Overflow: the document property Day holds a date from 1970 to 2106 only");
+  }
+  EXPECT_EQ(book->Property("Day"), Variant(Date::FromSeconds(4294967295))) << "nothing is set then";
 }
 
 TEST_F(SpreadsheetTest, CellsSetInTurnAreOneEditForEachSheet) {
