@@ -12,9 +12,10 @@ namespace {
 constexpr std::string_view kBegin = "[%";
 constexpr std::string_view kEnd = "%]";
 
-// Digits without leading zeros, perhaps with a sign and decimals. "007" and "1E5" are texts: as numbers they
-// would come out as something else.
+// Digits without leading zeros, perhaps with a sign and decimals, as many as a number keeps. "007" and "1E5"
+// are texts: as numbers they would come out as something else.
 bool IsPlainNumber(std::string_view text) {
+  constexpr std::ptrdiff_t kDigitsOfANumber = 15;
   if (text.starts_with('-')) text.remove_prefix(1);
   const auto digits = [](std::string_view part) {
     return !part.empty() && part.find_first_not_of("0123456789") == std::string_view::npos;
@@ -22,16 +23,14 @@ bool IsPlainNumber(std::string_view text) {
   const std::size_t point = text.find('.');
   const std::string_view whole = text.substr(0, point);
   if (!digits(whole) || (whole.size() > 1 && whole.front() == '0')) return false;
+  if (std::count_if(text.begin(), text.end(), [](char c) { return c != '.'; }) > kDigitsOfANumber)
+    return false;
   return point == std::string_view::npos || digits(text.substr(point + 1));
 }
 
 std::string WithDoubledQuotes(std::string_view value) { return automation::Replaced(value, "\"", "\"\""); }
 
-// Inside a text of the formula the value is a part of that; elsewhere it is a constant.
-std::string InFormula(const std::string& value, bool in_text) {
-  if (in_text) return WithDoubledQuotes(value);
-  return IsPlainNumber(value) ? value : "\"" + WithDoubledQuotes(value) + "\"";
-}
+[[noreturn]] void Refuse(const std::string& what) { throw Failure(failure_label::kPlaceholder, what); }
 
 // What a placeholder other than [%VALUE%] stands for.
 std::string PartOf(std::string_view address, std::string_view name) {
@@ -39,28 +38,53 @@ std::string PartOf(std::string_view address, std::string_view name) {
   if (name == "COLUMN") return std::string(address.substr(0, digits));
   if (name == "ROW") return std::string(address.substr(digits));
   if (name == "ADDRESS") return std::string(address);
-  throw Failure(failure_label::kPlaceholder, "The placeholder [%" + std::string(name.substr(0, 20)) +
-                                                 "%] cannot be filled in at " + std::string(address));
+  Refuse("The placeholder [%" + std::string(name.substr(0, 20)) + "%] cannot be filled in at " +
+         std::string(address));
 }
 
-// `shown` gives the value its form; it is told whether it stands in a text in quotes.
+// `shown` gives the value its form: it is told what stands before it, filled in, and what comes behind it.
 template <class Shown>
 std::string FilledIn(std::string_view text, std::string_view address, const std::optional<std::string>& value,
                      Shown shown) {
   std::string filled;
-  bool in_text = false;
   for (std::size_t begin = text.find(kBegin); begin != std::string_view::npos; begin = text.find(kBegin)) {
-    const std::string_view before = text.substr(0, begin);
-    in_text ^= std::count(before.begin(), before.end(), '"') % 2 == 1;
-    filled.append(before);
+    filled.append(text.substr(0, begin));
     text.remove_prefix(begin + kBegin.size());
     const std::size_t end = text.find(kEnd);
     // Without an end there is no name, which is refused as an unknown one is.
     const std::string_view name = end == std::string_view::npos ? std::string_view() : text.substr(0, end);
-    filled.append(name == "VALUE" && value ? shown(*value, in_text) : PartOf(address, name));
-    text.remove_prefix(end + kEnd.size());
+    text.remove_prefix(end == std::string_view::npos ? 0 : end + kEnd.size());
+    filled.append(name == "VALUE" && value ? shown(*value, filled, text) : PartOf(address, name));
   }
   return filled.append(text);
+}
+
+// Where a formula is at: a value means something else in each.
+enum class Place { Outside, InText, InSheetName };
+
+// The place behind a piece of a formula. A doubled quote ends a text and begins it again.
+Place Behind(Place place, std::string_view piece) {
+  for (const char c : piece) {
+    if (c == '"' && place != Place::InSheetName) {
+      place = place == Place::InText ? Place::Outside : Place::InText;
+    } else if (c == '\'' && place != Place::InText) {
+      place = place == Place::InSheetName ? Place::Outside : Place::InSheetName;
+    }
+  }
+  return place;
+}
+
+// Whether a constant can stand there: between operators, separators, brackets or the ends. Next to anything
+// else it would become a part of that, as "7" does in "A7" and in "7:9".
+bool StandsAlone(std::string_view before, std::string_view behind) {
+  constexpr std::string_view kBlanks = " \t\r\n";
+  const std::size_t last = before.find_last_not_of(kBlanks);
+  const std::size_t next = behind.find_first_not_of(kBlanks);
+  const auto is_one_of = [](char c, std::string_view marks) {
+    return marks.find(c) != std::string_view::npos;
+  };
+  return (last == std::string_view::npos || is_one_of(before[last], "=+-*/^&<>,;({")) &&
+         (next == std::string_view::npos || is_one_of(behind[next], "=+-*/^&<>,;)}%"));
 }
 
 }  // namespace
@@ -69,12 +93,26 @@ bool HasPlaceholders(std::string_view text) { return text.find(kBegin) != std::s
 
 std::string FillInText(std::string_view text, std::string_view address,
                        const std::optional<std::string>& value) {
-  return FilledIn(text, address, value, [](const std::string& plain, bool /*in_text*/) { return plain; });
+  const auto plain = [](const std::string& data, std::string_view, std::string_view) { return data; };
+  return FilledIn(text, address, value, plain);
 }
 
 std::string FillInFormula(std::string_view formula, std::string_view address,
                           const std::optional<std::string>& value) {
-  return FilledIn(formula, address, value, InFormula);
+  Place place = Place::Outside;
+  std::size_t seen = 0;
+  const auto constant = [&](const std::string& data, std::string_view before, std::string_view behind) {
+    place = Behind(place, before.substr(seen));
+    seen = before.size();
+    if (place == Place::InText) return WithDoubledQuotes(data);
+    if (place == Place::InSheetName || !StandsAlone(before, behind)) {
+      Refuse(
+          "The value for " + std::string(address) +
+          " can only be a constant of the formula or a part of a text in it, and here it would be neither");
+    }
+    return IsPlainNumber(data) ? data : "\"" + WithDoubledQuotes(data) + "\"";
+  };
+  return FilledIn(formula, address, value, constant);
 }
 
 }  // namespace talvex

@@ -18,7 +18,8 @@ namespace talvex {
 
 // As FillInText, for a formula: [%VALUE%] becomes a constant, so that data cannot become a formula. A number
 // in plain digits stands as it is, everything else as a text in quotes; where the formula has it in quotes
-// already, it becomes a part of that text.
+// already, it becomes a part of that text. Where a constant would be read as something else, such as in a
+// sheet's name or right behind a column's letter, it is a Failure (SLBBU0349), too.
 [[nodiscard]] std::string FillInFormula(std::string_view formula, std::string_view address,
                                         const std::optional<std::string>& value);
 

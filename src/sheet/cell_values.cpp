@@ -18,6 +18,7 @@
 
 #include "adapters/spreadsheet/message/messages.h"
 #include "sheet/dates.h"
+#include "sheet/formula_text.h"
 #include "sheet/refusal.h"
 
 namespace talvex::sheet {
@@ -73,8 +74,12 @@ const GnmConventions* Conventions() {
     conventions->decimal_sep_dot = TRUE;
     conventions->range_sep_colon = TRUE;
     conventions->arg_sep = ',';
+    conventions->array_col_sep = ',';
+    conventions->array_row_sep = ';';
     conventions->r1c1_addresses = FALSE;
     conventions->output.func = &WriteFunction;
+    // As many as workbooks show; with more, 0.001 would come out as 0.0010000000000000000208.
+    conventions->output.decimal_digits = 15;
     return conventions;
   }();
   return made;
@@ -86,24 +91,35 @@ std::string ReadFormula(const GnmCell* cell) {
   parse_pos_init_cell(&at, cell);
   GnmConventionsOut out{g_string_new("="), &at, Conventions()};
   gnm_expr_top_as_gstring(cell->base.texpr, &out);
-  std::string text = ValidText(out.accum->str);
+  const std::string text = ValidText(out.accum->str);
   g_string_free(out.accum, TRUE);
-  return text;
+  return FromLibrary(text);
+}
+
+[[noreturn]] void RefuseFormula(const GnmCell* cell, const std::string& formula, const std::string& why) {
+  throw Refusal(refusals::kEdit, "No formula for the cell " + std::string(cell_name(cell)) + ": " + formula +
+                                     " (" + why + ")");
+}
+
+std::string Translated(const GnmCell* cell, const std::string& formula) {
+  try {
+    return ForLibrary(std::string_view(formula).substr(1));
+  } catch (const Refusal& refusal) {
+    RefuseFormula(cell, formula, refusal.what());
+  }
 }
 
 void SetFormula(GnmCell* cell, const std::string& formula) {
+  const std::string translated = Translated(cell, formula);
   GnmParsePos at;
   parse_pos_init_cell(&at, cell);
   GnmParseError error;
   parse_error_init(&error);
   const GnmExprTop* parsed = gnm_expr_parse_str(
-      formula.c_str() + 1, &at, GNM_EXPR_PARSE_UNKNOWN_NAMES_ARE_INVALID, Conventions(), &error);
+      translated.c_str(), &at, GNM_EXPR_PARSE_UNKNOWN_NAMES_ARE_INVALID, Conventions(), &error);
   const std::string why = error.err == nullptr ? "it cannot be read" : ValidText(error.err->message);
   parse_error_free(&error);
-  if (parsed == nullptr) {
-    throw Refusal(refusals::kEdit, "No formula for the cell " + std::string(cell_name(cell)) + ": " +
-                                       formula + " (" + why + ")");
-  }
+  if (parsed == nullptr) RefuseFormula(cell, formula, why);
   gnm_cell_set_expr(cell, parsed);
   gnm_expr_top_unref(parsed);
 }

@@ -104,6 +104,13 @@ GLogWriterOutput HandleStructuredLog(GLogLevelFlags level, const GLogField* fiel
   return G_LOG_WRITER_HANDLED;
 }
 
+bool has_cut_texts = false;
+
+// What the library prints about a text that it writes in part is the one sign of that.
+void HandlePrinted(const char* text) {
+  if (std::strstr(text, "Truncating") != nullptr) has_cut_texts = true;
+}
+
 void Activate(const char* id) {
   GOPlugin* plugin = go_plugins_get_plugin_by_id(id);
   GOErrorInfo* error = nullptr;
@@ -125,6 +132,8 @@ void StartLibrary() {
   setenv("GIO_USE_VFS", "local", 1);
   g_log_set_default_handler(&HandleLog, nullptr);
   g_log_set_writer_func(&HandleStructuredLog, nullptr, nullptr);
+  g_set_print_handler(&HandlePrinted);
+  g_set_printerr_handler(&HandlePrinted);
 
   const char* words[] = {"talvex-sheet", nullptr};
   gnm_pre_parse_init(1, words);
@@ -135,6 +144,8 @@ void StartLibrary() {
   go_plugins_init(context.get(), nullptr, nullptr, folders, FALSE, GNM_PLUGIN_LOADER_MODULE_TYPE);
   for (const char* id : kPlugins) Activate(id);
 }
+
+bool HasCutTexts() { return has_cut_texts; }
 
 Held<GOCmdContext> NewContext(Report& report) {
   auto* context = static_cast<Context*>(g_object_new(ContextType(), nullptr));

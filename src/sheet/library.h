@@ -26,6 +26,9 @@ struct Report {
 // To be called once, before anything else of the library. Raises Refusal when a plug-in is missing.
 void StartLibrary();
 
+// Whether the library has written a text in part only, because the format has no room for the whole of it.
+[[nodiscard]] bool HasCutTexts();
+
 // A context for one call, which fills `report` (that must live longer) and never asks anybody anything.
 [[nodiscard]] Held<GOCmdContext> NewContext(Report& report);
 

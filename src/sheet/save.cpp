@@ -8,6 +8,7 @@
 #include <ranges.h>
 #include <sheet-merge.h>
 #include <sheet.h>
+#include <value.h>
 // clang-format on
 #include <goffice/app/file.h>
 #include <goffice/app/io-context.h>
@@ -15,6 +16,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "adapters/spreadsheet/message/messages.h"
@@ -145,6 +147,31 @@ class Editor {
   Held<GOCmdContext> context_;
 };
 
+// Whether the text has a character that two units of UTF-16 stand for.
+bool HasWideCharacter(const char* text) {
+  for (; *text != '\0'; ++text) {
+    if (static_cast<unsigned char>(*text) >= 0xF0) return true;
+  }
+  return false;
+}
+
+// Some readers count the characters of such a formula's result otherwise than the format does, and refuse the
+// file. Without a result it is for them to read, and whoever calculates finds it again.
+void DropResultsWithWideCharacters(Workbook* book) {
+  for (int index = 0; index < workbook_sheet_count(book); ++index) {
+    sheet_cell_foreach(
+        workbook_sheet_by_index(book, index),
+        [](gpointer /*key*/, gpointer item, gpointer /*data*/) {
+          auto* cell = static_cast<GnmCell*>(item);
+          if (cell->base.texpr == nullptr || !VALUE_IS_STRING(cell->value)) return;
+          if (!HasWideCharacter(value_peek_string(cell->value))) return;
+          value_release(cell->value);
+          cell->value = value_new_empty();
+        },
+        nullptr);
+  }
+}
+
 // The workbook's file, in memory: this program never writes one.
 std::vector<std::uint8_t> FileOf(const OpenWorkbook& opened) {
   const GOFileSaver* saver = go_file_saver_for_id("Gnumeric_Excel:excel_biff8");
@@ -158,6 +185,11 @@ std::vector<std::uint8_t> FileOf(const OpenWorkbook& opened) {
     go_io_error_display(io.get());
     throw Refusal(refusals::kInternal, "the workbook cannot be written: " + report.errors);
   }
+  if (HasCutTexts()) {
+    throw Refusal(refusals::kEdit,
+                  "A formula holds no text of more than 255 characters when one of them, such as an emoji, "
+                  "takes the room of two");
+  }
   const guint8* bytes = gsf_output_memory_get_bytes(GSF_OUTPUT_MEMORY(output.get()));
   return {bytes, bytes + gsf_output_size(output.get())};
 }
@@ -169,7 +201,9 @@ json Save(const json& asked) {
   Editor editor(opened);
   for (const auto& edit : asked.at("edits")) editor.Make(edit);
   workbook_recalc_all(opened.Book());
-  return {{"file", json::binary(FileOf(opened))}, {"formulas", ReadSheets(opened.Book(), true)}};
+  json formulas = ReadSheets(opened.Book(), true);
+  DropResultsWithWideCharacters(opened.Book());
+  return {{"file", json::binary(FileOf(opened))}, {"formulas", std::move(formulas)}};
 }
 
 }  // namespace talvex::sheet
