@@ -5,6 +5,7 @@ by mistake would fail in production.
 """
 
 import functools
+from typing import NamedTuple
 
 import _faults
 import _lexer
@@ -14,12 +15,14 @@ from _lexer import Token
 FUNCTIONS = {
     "ABS": "abs", "AVG": "avg", "CAST": "tds_cast", "COALESCE": "coalesce",
     "COLUMNPROPERTY": "tds_column_property", "CONVERT": "tds_cast", "COUNT": "count",
+    "DATABASEPROPERTYEX": "tds_database_property",
     "DATALENGTH": "tds_datalength", "DB_NAME": "tds_db_name", "GETDATE": "tds_now", "ISNULL": "ifnull",
     "LEFT": "tds_left", "LEN": "tds_len", "LOWER": "lower", "LTRIM": "ltrim", "MAX": "max", "MIN": "min",
     "NULLIF": "nullif", "OBJECT_ID": "tds_object_id",
     "REPLACE": "replace", "RIGHT": "tds_right", "ROUND": "round", "RTRIM": "rtrim",
     "SCHEMA_NAME": "tds_schema_name", "SCOPE_IDENTITY": "tds_identity", "SUBSTRING": "substr", "SUM": "sum",
     "SUSER_SNAME": "tds_user_name", "SYSDATETIME": "tds_now", "UPPER": "upper", "USER_NAME": "tds_user_name",
+    "XACT_STATE": "tds_xact_state",
 }
 # Words that may stand before a parenthesis without being a function.
 BEFORE_PARENTHESIS = set("""ALL AND ANY AS BETWEEN BY CASE DISTINCT ELSE EXCEPT EXISTS FROM HAVING IN
@@ -39,16 +42,17 @@ def name_text(name):
 
 
 @functools.lru_cache(maxsize=1024)
-def adapted(tokens, parameters=()):
-    """The Adaptation of a tuple of tokens that may name parameters, with their @ and in capitals."""
-    return Adaptation(tokens, parameters)
+def adapted(tokens, parameters=(), tables=(), code_page=None):
+    """The Adaptation of a tuple of tokens that may name parameters and variables that are tables, with their
+    @ and in capitals. Letters that a code page lacks are lost from texts without the prefix N."""
+    return Adaptation(tokens, parameters, tables, code_page)
 
 
 class Adaptation:
     """The rewritten text, and the literals that it is run with."""
 
-    def __init__(self, tokens, parameters):
-        self.parameters = parameters
+    def __init__(self, tokens, parameters, tables, code_page):
+        self.parameters, self.tables, self.code_page = parameters, tables, code_page
         self.bound = {}
         self.changes_sequence = False
         self.tokens = limited(without_hints(tokens))
@@ -75,7 +79,7 @@ class Adaptation:
         token = self.tokens[index]
         before, after = self.peek(index - 1), self.peek(index + 1)
         if token.kind == "text":
-            return [name_text(token.value) if before.word == "AS" else self.bind(token.value)], 1
+            return [name_text(token.value) if before.word == "AS" else self.bind(self.kept(token))], 1
         if token.kind == "number":
             whole = token.text.isdigit()
             return [token.text if whole else self.bind(float(token.text))], 1
@@ -91,6 +95,12 @@ class Adaptation:
             return [name_text(token.name)], 1
         return self.named(index, token, before, after)
 
+    def kept(self, token):
+        """What is left of a quoted text in the code page of the database."""
+        if self.code_page is None or token.text[0] in "Nn":
+            return token.value
+        return token.value.encode(self.code_page, "replace").decode(self.code_page)
+
     def mark(self, token, before, after):
         pair = token.text + after.text
         touching = after.at == token.at + 1
@@ -98,6 +108,8 @@ class Adaptation:
             raise _faults.syntax(token.text)
         if token.text == "^":
             raise _faults.not_here("the operator ^")
+        if token.text == "=" and before.kind == after.kind == "text":
+            return ["COLLATE TDS_TEXT", token.text]
         if token.text == "+" and "text" in (before.kind, after.kind):
             return ["||"]
         return [token.text]
@@ -116,6 +128,8 @@ class Adaptation:
         word = token.word
         if word.startswith("@@"):
             return [f"tds_global('{word[2:]}')"], 1
+        if word in self.tables:
+            return [name_text(word)], 1
         if word.startswith("@"):
             if word not in self.parameters:
                 raise _faults.undeclared(token.text)
@@ -196,8 +210,13 @@ def limited(tokens):
     return tokens
 
 
+class Output(NamedTuple):
+    columns: list  # Tokens.
+    into: str | None  # The variable, in capitals, whose table takes the rows.
+
+
 def with_output_last(tokens):
-    """(tokens without OUTPUT, the columns it names; None without one)."""
+    """(tokens without OUTPUT, an Output; None without one)."""
     depth = 0
     for start, token in enumerate(tokens):
         depth += {"(": 1, ")": -1}.get(token.text, 0)
@@ -208,15 +227,16 @@ def with_output_last(tokens):
     end = start + 1
     while end < len(tokens) and tokens[end].word not in AFTER_OUTPUT:
         end += 1
-    if end < len(tokens) and tokens[end].word == "INTO":
-        raise _faults.not_here("OUTPUT INTO")
+    into, last = None, end
+    if end + 1 < len(tokens) and tokens[end].word == "INTO":
+        into, last = tokens[end + 1].word, end + 2
     columns = []
     for part in _lexer.split(tokens[start + 1:end]):
         wanted = "DELETED" if tokens[0].word == "DELETE" else "INSERTED"
         if len(part) != 3 or part[0].word != wanted or part[1].text != ".":
             raise _faults.not_here("this OUTPUT clause")
         columns.append(part[2])
-    return tokens[:start] + tokens[end:], columns
+    return tokens[:start] + tokens[last:], Output(columns, into)
 
 
 def change_tokens(tokens):

@@ -10,6 +10,7 @@ import _moments
 import _tables
 
 NAME = "talvex"
+COLLATION = "Latin1_General_100_CI_AS_SC_UTF8"
 
 
 class Databases:
@@ -17,6 +18,7 @@ class Databases:
         self.folder = os.path.dirname(os.path.abspath(path))
         self.paths = {NAME: path}
         self.copies = 0
+        self.collations = {}  # Of databases that have another than the usual one.
         self.clocks = {}  # The moments at which the clocks of some databases stand still.
         self.lock = threading.Lock()
         prepare(path)
@@ -32,7 +34,18 @@ class Databases:
                     return known, path
         return None
 
-    def create(self, name):
+    def collation(self, name):
+        return self.collations.get(name.lower(), COLLATION)
+
+    def code_page(self, name):
+        """The code page of quoted texts; None for UTF-8. There is one beside that."""
+        return None if self.collation(name).upper().endswith("_UTF8") else "cp1252"
+
+    def property(self, name, wanted):
+        """DATABASEPROPERTYEX(name, wanted)."""
+        return self.collation(name) if wanted.lower() == "collation" else None
+
+    def create(self, name, collation=None):
         """Makes an empty database."""
         if self.find(name):
             raise _faults.database_exists(name)
@@ -40,6 +53,8 @@ class Databases:
         prepare(path)
         with self.lock:
             self.paths[name] = path
+            if collation:
+                self.collations[name.lower()] = collation
 
     def copy(self, source, target):
         """Makes a database that holds what another does."""

@@ -13,6 +13,7 @@ import _lexer
 import _shape
 import _sqlite_errors
 import _tables
+import _triggers
 from _faults import Fault
 from _outcomes import Changed, Counted, DroppedByTest, Rows, Told
 from _transactions import Transactions
@@ -31,7 +32,7 @@ class Engine:
     def __init__(self, server, database, number, wait):
         """`database` is (the name, the file)."""
         self.databases, self.knobs, self.number, self.wait = server.databases, server.knobs, number, wait
-        self.texts = server.texts
+        self.texts, self.prepared = server.texts, server.prepared
         self.call = None  # Runs an EXEC; whoever has the procedures sets it.
         _faults.session.database, path = database
         self.connection = sqlite3.connect(path, isolation_level=None, timeout=5, cached_statements=256)
@@ -42,6 +43,9 @@ class Engine:
         self.nocount = False
         self.format_only = False
         self.xact_abort = False
+        self.told_by_triggers = []
+        self.table_variables = ()
+        self.code_page = self.databases.code_page(_faults.session.database)
         self.identity_insert = None
         self.transactions = Transactions(self.connection, server.lock_wait, wait)
         _functions.register(self.connection, self)
@@ -50,6 +54,8 @@ class Engine:
         # Until here somebody who closes the database may have been in the way; from now on, waiting for locks
         # is the matter of the transactions.
         self.connection.execute("PRAGMA busy_timeout = 0")
+        for option in server.user_options:
+            list(self.run_batch(f"SET {option} ON"))
 
     def close(self):
         self.connection.close()
@@ -94,6 +100,9 @@ class Engine:
                     return known.get(wanted.upper())
         return None
 
+    def count_prepared(self, text):
+        self.prepared[text] += 1
+
     # Running.
 
     def run_batch(self, text, parameters=None):
@@ -105,7 +114,10 @@ class Engine:
             yield fault
             return
         self.texts.note(text)
-        yield from self.run_all(statements, text, parameters or {})
+        try:
+            yield from self.run_all(statements, text, parameters or {})
+        finally:
+            self.table_variables = ()
 
     def run_all(self, statements, text, parameters):
         for statement in statements:
@@ -130,7 +142,7 @@ class Engine:
                 yield from self.run_one(chosen, text, parameters)
 
     def holds(self, condition, parameters):
-        adapted = _adapt.adapted(tuple(condition), tuple(parameters))
+        adapted = self.adapted(condition, parameters)
         query = f"SELECT CASE WHEN {adapted.text} THEN 1 ELSE 0 END"
         values = self.values(adapted, parameters)
         return self.guarded("SELECT", lambda: self.connection.execute(query, values).fetchone()[0])
@@ -138,6 +150,7 @@ class Engine:
     def run_statement(self, tokens, batch, parameters):
         own = batch[tokens[0].at:tokens[-1].at + len(tokens[-1].text)]
         rules = [] if "TEST_" in own.upper() else self.knobs.hits(own)
+        outer, self.told_by_triggers = self.told_by_triggers, []
         try:
             self.suffer(rules)
             outcomes = self.outcomes(tokens, parameters)
@@ -147,9 +160,12 @@ class Engine:
         except Fault as fault:
             self.counts["ERROR"] = fault.number
             outcomes = [fault]
-            if self.transactions.count and (fault.ends_transaction or self.xact_abort):
+            aborts = self.xact_abort and not fault.raised
+            if self.transactions.count and (fault.ends_transaction or aborts):
                 outcomes.insert(0, self.transactions.end("ROLLBACK"))
                 fault.ends_batch = True
+        outcomes = [*self.told_by_triggers, *outcomes]
+        self.told_by_triggers = outer
         if any(rule.action == "drop_late" for rule in rules):
             raise DroppedByTest
         yield from outcomes
@@ -174,7 +190,8 @@ class Engine:
                     "DELETE": self.change, "TRUNCATE": self.truncate, "CREATE": self.define,
                     "DROP": self.define, "SET": self.set, "BEGIN": self.transaction,
                     "COMMIT": self.transaction, "ROLLBACK": self.transaction, "PRINT": self.tell,
-                    "USE": self.use, "EXEC": self.execute, "EXECUTE": self.execute}
+                    "USE": self.use, "EXEC": self.execute, "EXECUTE": self.execute,
+                    "DECLARE": self.declare, "THROW": self.throw, "RAISERROR": self.throw}
         if verb not in handlers:
             raise _faults.not_here(f"the statement {verb}") if verb in _lexer.STARTERS else _faults.syntax(
                 tokens[0].text)
@@ -200,8 +217,11 @@ class Engine:
         named = {**adapted.bound, **known}
         return {name: float(value) if hasattr(value, "as_tuple") else value for name, value in named.items()}
 
+    def adapted(self, tokens, parameters):
+        return _adapt.adapted(tuple(tokens), tuple(parameters), self.table_variables, self.code_page)
+
     def query(self, tokens, parameters):
-        adapted = _adapt.adapted(tuple(tokens), tuple(parameters))
+        adapted = self.adapted(tokens, parameters)
         self.transactions.reading(adapted.changes_sequence)
         shapes = self.shapes(tokens, parameters)
         rows = []
@@ -223,8 +243,8 @@ class Engine:
             self.known_shapes.clear()
         key = (tuple(tokens), tuple((name, kind) for name, (kind, _) in parameters.items()))
         if key not in self.known_shapes:
-            self.known_shapes[key] = self.guarded(
-                "SELECT", lambda: _shape.describe(self.connection, tokens, parameters))
+            self.known_shapes[key] = self.guarded("SELECT", lambda: _shape.describe(
+                self.connection, tokens, parameters, self.table_variables))
         return [dataclasses.replace(shape) for shape in self.known_shapes[key]]
 
     def change(self, tokens, parameters):
@@ -235,24 +255,65 @@ class Engine:
         if table is None:
             raise _faults.unknown_table(target)
         columns = _tables.columns_of(self.connection, table)
+        triggers = _triggers.bodies(self.connection, table, verb)
+        _triggers.refuse_output(triggers, output)
         if verb == "INSERT":
             self.refuse_identity(table, columns, tokens[at + 1:])
-        adapted = _adapt.adapted(tuple(tokens), tuple(parameters))
+        adapted = self.adapted(tokens, parameters)
         text, values = adapted.text, self.values(adapted, parameters)
-        if output is not None:
-            text += " RETURNING " + ", ".join(_adapt.name_text(token.name) for token in output)
-        rows, count = self.guarded(verb, lambda: self.transactions.run(
-            lambda: self.changed(text, values, verb, table), True))
+        names = [column.name for column in columns]
+        if output is not None or triggers:
+            text += " RETURNING " + ", ".join(map(_adapt.name_text, names))
+
+        def run():
+            rows, count = self.changed(text, values, verb, table)
+            if output is not None:
+                rows = self.put_out(output, names, rows)
+            if triggers:
+                _triggers.fire(self, table, verb, triggers, names, rows)
+            return rows, count
+
+        rows, count = self.guarded(verb, lambda: self.transactions.run(run, True))
         if verb == "INSERT" and count and any(column.identity for column in columns):
             self.identity = self.connection.execute("SELECT last_insert_rowid()").fetchone()[0]
         self.counts["ROWCOUNT"] = count
         news = self.transactions.news()
-        if output is None:
+        if output is None or output.into is not None:
             return [*news, Counted(verb, count)]
         known = {column.name.lower(): column for column in columns}
         shapes = [_shape.Shape(found.name, found.type, found.nullable, found.identity)
-                  for found in (known[token.name.lower()] for token in output)]
+                  for found in (known[token.name.lower()] for token in output.columns)]
         return [*news, Rows(shapes, rows, verb)]
+
+    def put_out(self, output, names, rows):
+        """The columns that OUTPUT names, of whole rows; they go into its table, if it has one."""
+        places = [[name.lower() for name in names].index(token.name.lower()) for token in output.columns]
+        chosen = [tuple(row[place] for place in places) for row in rows]
+        if output.into is None:
+            return chosen
+        if output.into not in self.table_variables:
+            raise _faults.undeclared(output.into)
+        place, marks = _adapt.name_text(output.into), ", ".join("?" * len(places))
+        self.connection.executemany(f"INSERT INTO temp.{place} VALUES ({marks})", chosen)
+        return rows
+
+    def declare(self, tokens, _parameters):
+        """DECLARE @name TABLE (columns), for the rest of the batch."""
+        if len(tokens) < 4 or tokens[2].word != "TABLE":
+            raise _faults.not_here("variables that are no tables")
+        name, columns = tokens[1].word, " ".join(token.text for token in tokens[4:-1])
+        # Those of batches before are gone for the language, and here as soon as the name is needed.
+        self.connection.execute(f"DROP TABLE IF EXISTS temp.{_adapt.name_text(name)}")
+        self.connection.execute(f"CREATE TEMP TABLE {_adapt.name_text(name)} ({columns})")
+        self.table_variables = (*self.table_variables, name)
+        return []
+
+    def throw(self, tokens, _parameters):
+        """THROW number, text, state; RAISERROR (text, severity, state)."""
+        found = [token for token in tokens[1:] if token.kind in ("text", "number")]
+        if tokens[0].word == "THROW":
+            raise _faults.thrown(int(found[0].text), found[1].value)
+        raise _faults.raised(found[0].value, int(found[1].text))
 
     def refuse_identity(self, table, columns, rest):
         """A number that the table assigns itself cannot be given, unless that was asked for."""
@@ -293,6 +354,10 @@ class Engine:
     def define(self, tokens, _parameters):
         if len(tokens) > 2 and tokens[1].word == "DATABASE":
             return self.define_database(tokens)
+        if len(tokens) > 2 and tokens[1].word == "TRIGGER":
+            work = _triggers.create if tokens[0].word == "CREATE" else _triggers.drop
+            self.guarded("CREATE", lambda: self.transactions.run(lambda: work(self.connection, tokens), True))
+            return [*self.transactions.news(), Counted(tokens[0].word, None)]
         self.guarded("CREATE", lambda: self.transactions.run(lambda: _ddl.run(self.connection, tokens), True))
         return [*self.transactions.news(), Counted(tokens[0].word, None)]
 
@@ -302,7 +367,8 @@ class Engine:
             raise _faults.in_transaction(f"{tokens[0].word} DATABASE")
         name = tokens[4 if tokens[2].word == "IF" and len(tokens) > 4 else 2].name
         if tokens[0].word == "CREATE":
-            self.databases.create(name)
+            collation = tokens[-1].name if tokens[-2].word == "COLLATE" else None
+            self.databases.create(name, collation)
         elif tokens[2].word != "IF" or self.databases.find(name):
             self.databases.drop(name)
         return [Counted(tokens[0].word, None)]

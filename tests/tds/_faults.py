@@ -18,7 +18,13 @@ class Fault(Exception):
     severity: int = 16
     state: int = 1
     ends_batch: bool = False      # What follows in the same batch is not run.
-    ends_transaction: bool = False  # All that the transaction did is undone.
+    ends_transaction: bool = False  # All that the transaction did is undone, and it is over.
+    raised: bool = False          # By RAISERROR, which XACT_ABORT does not heed.
+
+
+def ends_all(number, text, severity=16, state=1):
+    """A fault that ends the batch and the transaction, whatever XACT_ABORT says."""
+    return Fault(number, text, severity, state, ends_batch=True, ends_transaction=True)
 
 
 def syntax(near):
@@ -81,12 +87,11 @@ def too_long():
 
 
 def not_convertible(source, target):
-    return Fault(8114, f"Error converting data type {source} to {target}.", state=5, ends_batch=True)
+    return ends_all(8114, f"Error converting data type {source} to {target}.", state=5)
 
 
 def not_a_number(value):
-    return Fault(245, f"Conversion failed when converting the nvarchar value '{value}' to data type int.",
-                 ends_batch=True)
+    return ends_all(245, f"Conversion failed when converting the nvarchar value '{value}' to data type int.")
 
 
 def overflow(target):
@@ -94,13 +99,12 @@ def overflow(target):
 
 
 def not_a_date():
-    return Fault(241, "Conversion failed when converting date and/or time from character string.",
-                 ends_batch=True)
+    return ends_all(241, "Conversion failed when converting date and/or time from character string.")
 
 
 def date_out_of_range(target):
-    return Fault(242, "The conversion of a nvarchar data type to a "
-                      f"{target} data type resulted in an out-of-range value.", state=3, ends_batch=True)
+    return ends_all(242, "The conversion of a nvarchar data type to a "
+                         f"{target} data type resulted in an out-of-range value.", state=3)
 
 
 def explicit_identity(table):
@@ -109,9 +113,9 @@ def explicit_identity(table):
 
 
 def deadlock_victim(session):
-    return Fault(1205, f"Transaction (Process ID {session}) was deadlocked on lock resources with another "
-                       "process and has been chosen as the deadlock victim. Rerun the transaction.",
-                 13, state=51, ends_batch=True, ends_transaction=True)
+    return ends_all(1205, f"Transaction (Process ID {session}) was deadlocked on lock resources with another "
+                          "process and has been chosen as the deadlock victim. Rerun the transaction.",
+                    13, state=51)
 
 
 def no_transaction(verb):
@@ -138,11 +142,34 @@ def not_here(what):
     return Fault(50000, f"The test server does not know {what}.", ends_batch=True)
 
 
+# What ends the transaction as well, of the faults that a test can ask for: values that cannot be converted, a
+# snapshot that is too old, a trigger that ended the transaction, a log or a place for data that is full.
+END_TRANSACTIONS = {241, 242, 245, 295, 8114, 3960, 3609, 9002, 1105}
+
+
 def made(number, session, text=None):
-    """A fault that a test asked for."""
+    """A fault that a test asked for; it leaves of the transaction what a server's would."""
     if number == 1205:
         return deadlock_victim(session)
-    return Fault(number, text or f"Fault {number}, as the test asked for.", 16)
+    maker = ends_all if number in END_TRANSACTIONS else Fault
+    return maker(number, text or f"Fault {number}, as the test asked for.", 16)
+
+
+def ended_in_trigger():
+    return Fault(3609, "The transaction ended in the trigger. The batch has been aborted.", ends_batch=True)
+
+
+def thrown(number, text):
+    return Fault(number, text, ends_batch=True)
+
+
+def raised(text, severity):
+    return Fault(50000, text, severity, raised=True)
+
+
+def output_with_triggers():
+    return Fault(334, "The target table of the DML statement cannot have any enabled triggers if the "
+                      "statement contains an OUTPUT clause without INTO clause.", ends_batch=True)
 
 
 def lock_timed_out():

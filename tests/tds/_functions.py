@@ -104,9 +104,15 @@ def cast(value, written):
     return text[:10] + "T00:00:00" if kind.name == "DATE" else text
 
 
+def compare_exactly(left, right):
+    left, right = left.rstrip(" "), right.rstrip(" ")
+    return (left > right) - (left < right)
+
+
 def register(connection, engine):
     """Makes all of it known to a connection; engine answers what depends on the session."""
-    connection.create_collation("TDS_TEXT", compare_texts)
+    exact = any(mark in engine.databases.collation(database()).upper() for mark in ("_CS", "_BIN"))
+    connection.create_collation("TDS_TEXT", compare_exactly if exact else compare_texts)
     connection.create_collation("TDS_MOMENT", compare_moments)
 
     def guarded(function):
@@ -129,7 +135,9 @@ def register(connection, engine):
         connection.create_function(name, count, guarded(function), deterministic=True)
     connection.create_function("like", 3, like, deterministic=True)
     moving = {"tds_now": (0, engine.now), "tds_identity": (0, lambda: engine.identity),
-              "tds_global": (1, engine.global_value), "tds_next": (1, engine.next_value),
+              "tds_global": (1, engine.global_value),
+              "tds_xact_state": (0, engine.transactions.state),
+              "tds_database_property": (2, engine.databases.property), "tds_next": (1, engine.next_value),
               "tds_object_id": (-1, engine.object_id), "tds_column_property": (3, engine.column_property),
               "tds_db_name": (0, database), "tds_schema_name": (0, lambda: "dbo"),
               "tds_user_name": (0, lambda: "dbo")}

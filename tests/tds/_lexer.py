@@ -18,8 +18,8 @@ PIECES = re.compile(r"""
 
 # Words that begin a statement wherever they stand outside parentheses; some only in company, see begins().
 STARTERS = {"ALTER", "BEGIN", "COMMIT", "CREATE", "DECLARE", "DELETE", "DROP", "EXEC", "EXECUTE", "IF",
-            "INSERT", "PRINT", "ROLLBACK", "SAVE", "SELECT", "SET", "TRUNCATE", "UPDATE", "USE",
-            "END", "ELSE"}
+            "INSERT", "PRINT", "RAISERROR", "ROLLBACK", "SAVE", "SELECT", "SET", "THROW", "TRUNCATE",
+            "UPDATE", "USE", "END", "ELSE"}
 
 
 class Token(NamedTuple):
@@ -163,4 +163,7 @@ class BatchParser:
 
 @functools.lru_cache(maxsize=512)
 def statements_of(text):
-    return BatchParser(tokens_of(text)).statements()
+    tokens = tokens_of(text)
+    if [token.word for token in tokens[:2]] == ["CREATE", "TRIGGER"]:
+        return [tokens]  # All that follows belongs to it.
+    return BatchParser(tokens).statements()

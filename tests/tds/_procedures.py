@@ -88,6 +88,7 @@ class Procedures:
         """Keeps the statement, gives its handle back in the first argument."""
         handle, declared, text = arguments[:3]
         statement = Prepared(text.value, declarations(declared.value))
+        self.engine.count_prepared(text.value)
         self.last_handle += 1
         self.prepared[self.last_handle] = statement
         self.returned.append(dataclasses.replace(handle, type=_column_types.INT, value=self.last_handle))

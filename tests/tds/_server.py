@@ -26,6 +26,7 @@ Every text that clients sent is noted; see _texts.py.
 """
 
 import argparse
+import collections
 import itertools
 import os
 import signal
@@ -44,11 +45,16 @@ USER, PASSWORD = "talvex", "Talvex-Test-1"
 class Server:
     """Serves from its start() to its stop(), a thread for each client."""
 
-    def __init__(self, path, port=0, user=USER, password=PASSWORD, lock_wait=5.0):
+    def __init__(self, path, port=0, user=USER, password=PASSWORD, lock_wait=5.0,
+                 user_options=()):
+        """`user_options` are settings, such as XACT_ABORT, that are on in every new session."""
         self.user, self.password, self.lock_wait = user, password, lock_wait
         self.databases = Databases(path)
         self.knobs = Knobs()
         self.texts = Texts()
+        self.user_options = user_options
+        self.requests = 0  # Messages of clients behind their login.
+        self.prepared = collections.Counter()  # How often each text was prepared.
         self.numbers = itertools.count(51)
         self.clients = set()
         self.lock = threading.Lock()

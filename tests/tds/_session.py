@@ -97,6 +97,7 @@ class Session:
         return True
 
     def request(self, kind, data):
+        self.server.requests += 1
         answer = Answer()
         try:
             if kind == ATTENTION:

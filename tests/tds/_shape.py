@@ -15,7 +15,8 @@ from _column_types import BIGINT, DATETIME, FLOAT, IDENTITY, INT, Type, parse_ty
 RESULTS = {"GETDATE": DATETIME, "CURRENT_TIMESTAMP": DATETIME,
            "SYSDATETIME": Type("DATETIME2", scale=7), "SCOPE_IDENTITY": IDENTITY,
            "COUNT": INT, "LEN": INT, "DATALENGTH": INT, "OBJECT_ID": INT,
-           "COLUMNPROPERTY": INT, "DB_NAME": text_type(128),
+           "COLUMNPROPERTY": INT, "XACT_STATE": Type("SMALLINT"),
+           "DATABASEPROPERTYEX": text_type(128), "DB_NAME": text_type(128),
            "SCHEMA_NAME": text_type(128), "USER_NAME": text_type(128),
            "SUSER_SNAME": text_type(128), "@@IDENTITY": IDENTITY, "@@ROWCOUNT": INT,
            "@@TRANCOUNT": INT, "@@ERROR": INT, "@@SPID": Type("SMALLINT"),
@@ -89,7 +90,7 @@ def type_of(expression, parameters):
     return RESULTS.get(first.word) if whole or len(expression) == 1 else None
 
 
-def probe(connection, tokens, items, start, end, parameters):
+def probe(connection, tokens, items, start, end, parameters, tables):
     """(name, declared type) of every column, as SQLite sees the query."""
     rebuilt = []
     for item in items:
@@ -98,7 +99,8 @@ def probe(connection, tokens, items, start, end, parameters):
         rebuilt += [_lexer.Token("mark", ",", 0)] if rebuilt else []
         rebuilt += inner if alias is None else [*inner, _lexer.Token("name", "AS", 0),
                                                 _lexer.Token("quoted", name_text(alias), 0)]
-    text = adapted(tuple(tokens[:start] + rebuilt + tokens[end:] if items else tokens), tuple(parameters))
+    whole = tokens[:start] + rebuilt + tokens[end:] if items else tokens
+    text = adapted(tuple(whole), tuple(parameters), tables)
     words = text.text
     for name in sorted([*text.bound, *map(bound_name, parameters)], key=len, reverse=True):
         words = words.replace(":" + name, "NULL")
@@ -125,10 +127,10 @@ def only_table(connection, tokens, end):
     return _tables.columns_of(connection, rest[at].name) if at < len(rest) else []
 
 
-def describe(connection, tokens, parameters):
+def describe(connection, tokens, parameters, tables=()):
     """The columns of a SELECT."""
     start, end, items = select_items(tokens)
-    probed = probe(connection, tokens, items, start, end, parameters)
+    probed = probe(connection, tokens, items, start, end, parameters, tables)
     known = {column.name.lower(): column for column in only_table(connection, tokens, end)}
     plain = [without_alias(item) for item in items]
     stars = [index for index, (expression, _) in enumerate(plain) if expression[-1].text == "*"]

@@ -21,7 +21,7 @@ def check_failed(connection, name, verb):
         return _faults.conflict(verb, "CHECK", place, owner.table, owner.columns[0] or None)
     columns = _tables.columns_of(connection, table)
     kind = next(found.type.name.lower() for found in columns if found.name == column)
-    makers = {"8152": _faults.too_long, "245": lambda: _faults.not_convertible("nvarchar", kind),
+    makers = {"8152": _faults.too_long, "245": lambda: _faults.not_a_number("of the row"),
               "8115": lambda: _faults.overflow(kind),
               "8114": lambda: _faults.not_convertible("nvarchar", kind),
               "241": _faults.not_a_date, "242": lambda: _faults.date_out_of_range(kind)}
@@ -54,7 +54,7 @@ def fault_of(connection, error, verb):
     if kind == "CHECK constraint":
         return check_failed(connection, rest, verb)
     if code == "SQLITE_MISMATCH":
-        return _faults.not_convertible("nvarchar", "int")
+        return _faults.not_a_number("of the row")
     patterns = [(r"no such table: (?:main\.|temp\.)?(.*)", _faults.unknown_table),
                 (r"no such column: (?:.*\.)?(.*)", _faults.unknown_column),
                 (r"table .* has no column named (.*)", _faults.unknown_column),

@@ -14,6 +14,8 @@ CREATE TABLE IF NOT EXISTS tds_constraint (
   table_name "NVARCHAR(128)" COLLATE NOCASE, name "NVARCHAR(128)" COLLATE NOCASE, kind "NVARCHAR(2)",
   columns TEXT, other_table TEXT, filtered INT, PRIMARY KEY (table_name, name));
 CREATE TABLE IF NOT EXISTS tds_sequence (name "NVARCHAR(128)" COLLATE NOCASE PRIMARY KEY, next INT, step INT);
+CREATE TABLE IF NOT EXISTS tds_trigger (name "NVARCHAR(128)" COLLATE NOCASE PRIMARY KEY,
+  table_name "NVARCHAR(128)" COLLATE NOCASE, events TEXT, body TEXT);
 
 CREATE VIEW IF NOT EXISTS sys_tables AS
   SELECT table_name AS name, tds_object_id(table_name) AS object_id, 1 AS schema_id

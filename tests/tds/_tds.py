@@ -37,9 +37,12 @@ class ServerTest(unittest.TestCase):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
         self.file = os.path.join(folder.name, "server.db")
-        self.server = _server.Server(self.file, lock_wait=self.lock_wait).start()
+        self.server = self.serve().start()
         self.addCleanup(self.server.stop)
         self.db = self.connect()
+
+    def serve(self):
+        return _server.Server(self.file, lock_wait=self.lock_wait)
 
     def connect(self, **changes):
         """One more connection, closed at the end of the test."""

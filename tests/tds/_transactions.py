@@ -55,6 +55,10 @@ class Transactions:
             return []
         return [self.end(verb)]
 
+    def state(self):
+        """XACT_STATE(): here a transaction is never left that could not be committed."""
+        return 1 if self.count else 0
+
     def news(self):
         told, self.told = self.told, []
         return told

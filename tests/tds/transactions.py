@@ -85,6 +85,30 @@ class Transactions(_tds.ServerTest):
         self.assertEqual(self.db.rows("SELECT @@TRANCOUNT"), [(0,)])
         self.assertEqual(self.values(), [10, 20])
 
+    def test_a_value_that_cannot_be_converted_ends_all(self):
+        for number, text in ((245, "UPDATE T SET B = 'x'"), (245, "SELECT CAST('x' AS INT)"),
+                             (241, "SELECT CAST('2026-02-30' AS DATETIME)")):
+            with self.subTest(text):
+                self.db.results("BEGIN TRANSACTION")
+                self.db.results("UPDATE T SET B = 0")
+                self.refused(number, text)
+                self.assertEqual(self.db.rows("SELECT @@TRANCOUNT, XACT_STATE()"), [(0, 0)])
+                self.assertEqual(self.values(self.other), [10, 20])
+
+    def test_what_comes_behind_such_an_end_is_kept_on_its_own(self):
+        self.db.autocommit(False)
+        self.db.results("UPDATE T SET B = 11 WHERE A = 1")
+        self.refused(245, "UPDATE T SET B = 'x'")
+        self.db.results("UPDATE T SET B = 22 WHERE A = 2")
+        self.assertEqual(self.values(self.other), [10, 22])
+
+    def test_settings_may_be_on_in_every_new_session(self):
+        self.server.user_options = ("XACT_ABORT", "IMPLICIT_TRANSACTIONS", "NOCOUNT")
+        client = self.connect()
+        client.results("UPDATE T SET B = 0")
+        self.refused(2627, "INSERT INTO T VALUES (1, 1)", db=client)
+        self.assertEqual(self.values(), [10, 20])
+
     def test_a_client_that_leaves_undoes_what_it_did(self):
         self.other.autocommit(False)
         self.other.results("DELETE T")
