@@ -49,7 +49,7 @@ std::string KeyText(const std::vector<Variant>& keys) {
 std::vector<Variant> KeysOf(const RowSet& rows, std::size_t row, const std::vector<std::size_t>& columns) {
   std::vector<Variant> keys;
   keys.reserve(columns.size());
-  for (const std::size_t column : columns) keys.push_back(rows.Value(row, column));
+  for (const std::size_t column : columns) keys.push_back(rows.Stored(row, column).Exact());
   return keys;
 }
 
@@ -79,20 +79,20 @@ const RecordData::Kept* RecordData::FindKept(std::optional<std::size_t> row) con
   return found == kept_.end() ? nullptr : &found->second;
 }
 
-Variant RecordData::Before(std::size_t row, std::size_t column) const {
+StoredValue RecordData::Before(std::size_t row, std::size_t column) const {
   const Kept* kept = FindKept(row);
-  return kept != nullptr && kept->before[column] ? *kept->before[column] : rows_.Value(row, column);
+  return kept != nullptr && kept->before[column] ? *kept->before[column] : rows_.Stored(row, column);
 }
 
 Variant RecordData::OriginalValue(std::size_t row, std::size_t column) const {
   const Kept* kept = FindKept(row);
-  Variant value = kept != nullptr && kept->added ? Variant() : Before(row, column);
+  Variant value = kept != nullptr && kept->added ? Variant() : Before(row, column).value;
   return value.IsEmpty() ? Variant(automation::kNull) : value;
 }
 
 std::vector<Variant> RecordData::KeysBefore(std::size_t row) const {
   std::vector<Variant> keys;
-  for (const std::size_t column : target_.keys) keys.push_back(Before(row, column));
+  for (const std::size_t column : target_.keys) keys.push_back(Before(row, column).Exact());
   return keys;
 }
 
@@ -137,9 +137,9 @@ RowChange RecordData::ChangeOf(std::optional<std::size_t> row, const ColumnValue
     const bool set_before = kept != nullptr && kept->before[column];
     if (!values[column] && !set_before) continue;
     Variant after = values[column] ? *values[column] : rows_.Value(*row, column);
-    Variant before = row ? Before(*row, column) : Variant();
-    if (!change.added && SameValue(before, after)) continue;
-    change.columns.push_back({column, std::move(before), std::move(after)});
+    const StoredValue before = row ? Before(*row, column) : StoredValue();
+    if (!change.added && SameValue(before.value, after)) continue;
+    change.columns.push_back({column, before.Exact(), std::move(after)});
   }
   return change;
 }
@@ -151,22 +151,26 @@ std::size_t RecordData::AddRow(const ColumnValues& values) {
   return row;
 }
 
-void RecordData::SetCell(std::size_t row, std::size_t column, const Variant& value) {
-  rows_.Set(row, column, value);
+void RecordData::SetCell(std::size_t row, std::size_t column, const StoredValue& stored) {
+  rows_.Set(row, column, stored);
   if (const auto index = indexes_.find(column); index != indexes_.end()) index->second.Touch(row);
 }
 
 std::size_t RecordData::Keep(std::optional<std::size_t> row, const ColumnValues& values) {
   if (!row) {
     const std::size_t added = AddRow(values);
-    kept_.emplace(added, Kept{true, values});
+    Kept& kept = kept_.emplace(added, Kept{true, {}}).first->second;
+    for (const auto& value : values) {
+      kept.before.push_back(value ? std::optional(StoredValue{*value}) : std::nullopt);
+    }
     return added;
   }
   for (std::size_t column = 0; column < values.size(); ++column) {
     if (!values[column] || SameValue(rows_.Value(*row, column), *values[column])) continue;
-    Kept& kept = kept_.try_emplace(*row, Kept{false, ColumnValues(values.size())}).first->second;
-    if (!kept.before[column]) kept.before[column] = rows_.Value(*row, column);
-    SetCell(*row, column, *values[column]);
+    Kept& kept = kept_.try_emplace(*row, Kept{false, {}}).first->second;
+    kept.before.resize(values.size());
+    if (!kept.before[column]) kept.before[column] = rows_.Stored(*row, column);
+    SetCell(*row, column, {*values[column]});
   }
   return *row;
 }
@@ -188,7 +192,7 @@ void RecordData::Settle(std::size_t row, std::optional<std::int64_t> identity) {
   kept_.erase(row);
   if (!identity || !target_.assigned) return;
   const Kind kind = rows_.TypeAt(row, *target_.assigned);
-  if (kind == Kind::Empty || kind == Kind::Null) SetCell(row, *target_.assigned, IdentityValue(*identity));
+  if (kind == Kind::Empty || kind == Kind::Null) SetCell(row, *target_.assigned, {IdentityValue(*identity)});
 }
 
 void RecordData::TakeBack(std::size_t row) {

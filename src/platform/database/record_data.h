@@ -23,7 +23,7 @@ using ColumnValues = std::vector<std::optional<automation::Variant>>;
 struct RowChange {
   struct Column {
     std::size_t column = 0;
-    automation::Variant before;  // Empty when only the database knows it.
+    automation::Variant before;  // Exactly as stored; Empty when only the database knows it.
     automation::Variant after;
   };
   bool added = false;
@@ -85,14 +85,14 @@ class RecordData {
   // What a kept change replaced.
   struct Kept {
     bool added = false;
-    ColumnValues before;  // Has something for every column that was set.
+    std::vector<std::optional<StoredValue>> before;  // Has something for every column that was set.
   };
 
   [[nodiscard]] const Kept* FindKept(std::optional<std::size_t> row) const;
-  [[nodiscard]] automation::Variant Before(std::size_t row, std::size_t column) const;
+  [[nodiscard]] StoredValue Before(std::size_t row, std::size_t column) const;
   [[nodiscard]] std::vector<automation::Variant> KeysBefore(std::size_t row) const;
   std::size_t AddRow(const ColumnValues& values);
-  void SetCell(std::size_t row, std::size_t column, const automation::Variant& value);
+  void SetCell(std::size_t row, std::size_t column, const StoredValue& stored);
   void MoveAddedRows(std::size_t by);
   [[nodiscard]] ColumnIndex& IndexOf(std::size_t column);
   [[nodiscard]] std::optional<std::vector<std::size_t>> Candidates(const Filter& filter);

@@ -13,6 +13,15 @@ using automation::Date;
 using automation::Kind;
 using automation::Variant;
 
+Variant StoredValue::Exact() const {
+  if (fraction == 0 || value.Type() != Kind::Date) return value;
+  constexpr std::size_t kDigits = 9;
+  std::string digits = std::to_string(fraction);
+  digits.insert(0, kDigits - std::min(kDigits, digits.size()), '0');
+  digits.resize(digits.find_last_not_of('0') + 1);
+  return value.As<Date>().ToIso() + "." + digits;
+}
+
 std::optional<std::size_t> RowSet::Find(std::string_view column) const noexcept {
   // Names mostly come in the case of the tables; comparing them as they are is several times quicker.
   for (std::size_t i = 0; i < columns_.size(); ++i) {
@@ -53,9 +62,10 @@ void RowSet::Append(std::int32_t value) {
 
 void RowSet::Append(double value) { Add(MakeCell(value)); }
 
-void RowSet::Append(Date value) {
+void RowSet::Append(Date value, std::uint32_t fraction) {
   Cell cell;
   cell.kind = Kind::Date;
+  cell.length = fraction;
   cell.whole = value.Seconds();
   Add(cell);
 }
@@ -150,8 +160,15 @@ Variant RowSet::Value(std::size_t row, std::size_t column) const {
   }
 }
 
-void RowSet::Set(std::size_t row, std::size_t column, const Variant& value) {
-  pages_[row / kRowsPerPage][row % kRowsPerPage * columns_.size() + column] = MakeCell(value);
+StoredValue RowSet::Stored(std::size_t row, std::size_t column) const {
+  const Cell& cell = At(row, column);
+  return {Value(row, column), cell.kind == Kind::Date ? cell.length : 0};
+}
+
+void RowSet::Set(std::size_t row, std::size_t column, const StoredValue& stored) {
+  Cell cell = MakeCell(stored.value);
+  if (cell.kind == Kind::Date) cell.length = stored.fraction;
+  pages_[row / kRowsPerPage][row % kRowsPerPage * columns_.size() + column] = cell;
 }
 
 Kind RowSet::TypeAt(std::size_t row, std::size_t column) const noexcept { return At(row, column).kind; }

@@ -13,6 +13,17 @@
 
 namespace talvex::platform::database {
 
+// A value as callers see it, and what they do not see of a moment: its fraction of a second, in nanoseconds.
+struct StoredValue {
+  automation::Variant value;
+  std::uint32_t fraction = 0;
+
+  // The value for a condition that finds what is stored: a moment with a fraction as the text
+  // "YYYY-MM-DDTHH:MM:SS.fff" with as many digits as it takes, which every server reads as what its column
+  // is, where a parameter of another type for moments could be rounded otherwise.
+  [[nodiscard]] automation::Variant Exact() const;
+};
+
 // Rows and columns of values. A cell takes 16 bytes; texts stand one after another in shared blocks, so that
 // a listing of a hundred thousand budgets costs little more than its texts.
 class RowSet {
@@ -30,14 +41,19 @@ class RowSet {
   void Append(automation::NullValue);
   void Append(std::int32_t value);
   void Append(double value);
-  void Append(automation::Date value);
+  // `fraction` is that of the second, in nanoseconds: readers do not see it, conditions do.
+  void Append(automation::Date value, std::uint32_t fraction = 0);
   void Append(std::string_view text);
   void Append(const automation::Variant& value) { Add(MakeCell(value)); }
   // Adds a whole row of another set, which has as many columns.
   void AppendRow(const RowSet& from, std::size_t row);
 
   [[nodiscard]] automation::Variant Value(std::size_t row, std::size_t column) const;
-  void Set(std::size_t row, std::size_t column, const automation::Variant& value);
+  [[nodiscard]] StoredValue Stored(std::size_t row, std::size_t column) const;
+  void Set(std::size_t row, std::size_t column, const automation::Variant& value) {
+    Set(row, column, StoredValue{value});
+  }
+  void Set(std::size_t row, std::size_t column, const StoredValue& stored);
 
   // The kind of a cell, and its content without a copy when it is a text (else the empty view).
   [[nodiscard]] automation::Kind TypeAt(std::size_t row, std::size_t column) const noexcept;
@@ -50,7 +66,7 @@ class RowSet {
   // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): a union is initialised by one of its members.
   struct Cell {
     automation::Kind kind = automation::Kind::Empty;
-    std::uint32_t length = 0;
+    std::uint32_t length = 0;  // Of a text; of a moment the fraction.
     union {
       std::int64_t whole = 0;
       double number;
