@@ -145,8 +145,10 @@ void Err_MapDatabaseError(const automation::Variant& conn) {
   if (errors->Count() == 0) return;
 
   ErrorState& pending = PendingError();
+  // A database may keep names in letters of its own.
+  const std::string description = automation::Folded(pending.description);
   const auto names = [&](std::string_view constraint) {
-    return pending.description.find(constraint) != std::string::npos;
+    return description.find(automation::Folded(constraint)) != std::string::npos;
   };
   switch (ErrorAt(*errors, 0)->NativeError) {
     case 2627:
