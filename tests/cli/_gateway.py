@@ -8,16 +8,17 @@ from _talvex import NOW, PROGRAM, environment
 
 
 class Gateway:
-    """A running gateway and the client's end of its pipes."""
+    """A running gateway and the client's end of its pipes; its clock stands at `now`, None for the clock."""
 
-    def __init__(self, site, memory=None, processor=None):
+    def __init__(self, site, memory=None, processor=None, now=NOW):
         def limit():
             if memory:
                 resource.setrlimit(resource.RLIMIT_AS, (memory, memory))
             if processor:
                 resource.setrlimit(resource.RLIMIT_CPU, (processor, processor))
 
-        self.process = subprocess.Popen([PROGRAM, "--config", site, "--now", NOW, "rpc"], env=environment(),
+        clock = ["--now", now] if now else []
+        self.process = subprocess.Popen([PROGRAM, "--config", site, *clock, "rpc"], env=environment(),
                                         stdin=subprocess.PIPE, stdout=subprocess.PIPE, preexec_fn=limit)
         self.next_id = 0
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "automation/text.h"
 #include "platform/database/query_outline.h"
@@ -44,70 +45,117 @@ std::string Quoted(std::string_view name) {
   return '"' + automation::Replaced(automation::Folded(name), "\"", "\"\"") + '"';
 }
 
-// What makes the order of a table's rows the same every time: its key, else the place where they are kept.
-std::string KeyOrder(const KnownTable& table) {
-  std::string order;
-  for (const TableColumn& column : table.info.columns) {
-    if (!column.key) continue;
-    order += (order.empty() ? "" : ", ") + Quoted(column.name);
-    if (table.IsNullable(column.name)) order += " NULLS FIRST";
-  }
-  return order.empty() ? "ctid" : order;
-}
+// One term of the order that a query names.
+struct OrderTerm {
+  std::string column;  // The first word of the term.
+  bool plain = true;   // There is nothing else in it but ASC or DESC.
+  bool descending = false;
+  std::size_t end = 0;  // Where the next term or clause begins.
+};
 
-// Copies a query and says, behind every column that it is ordered by, where Null goes. An index serves an
-// order only as it is kept, so nothing is said of columns that are never Null.
-class NullPlacer {
+class OrderReader {
  public:
-  NullPlacer(std::string_view query, const KnownTable* table) : query_(query), table_(table) {}
+  explicit OrderReader(std::string_view query) : query_(query) {}
 
-  [[nodiscard]] std::string Text() {
+  [[nodiscard]] std::vector<OrderTerm> Read() {
     SqlTokenizer tokens(query_);
     SqlToken token = tokens.NextMeaning();
     for (; token.kind != SqlTokenKind::End; token = tokens.NextMeaning()) Take(token);
     EndTerm(token);
-    text_.append(query_.substr(copied_));
-    return text_;
+    return std::move(terms_);
   }
 
  private:
   void Take(const SqlToken& token) {
     if (token.text == "(") ++depth_;
     if (token.text == ")") --depth_;
-    if (depth_ > 0) return;
-    const bool is_word = token.kind == SqlTokenKind::Word;
-    if (is_word && SameFolded(token.text, "order")) {
+    const bool is_word = token.kind == SqlTokenKind::Word || token.kind == SqlTokenKind::Name;
+    if (depth_ > 0 || token.text == ")") {
+      term_.plain = false;
+    } else if (is_word && SameFolded(token.text, "order")) {
       in_order_ = true;
-    } else if (in_order_ && token.text == ",") {
+    } else if (!in_order_ || SameFolded(token.text, "by") || SameFolded(token.text, "asc")) {
+      return;
+    } else if (token.text == ",") {
       EndTerm(token);
-    } else if (in_order_ && is_word && SameFolded(token.text, "desc")) {
-      descending_ = true;
-    } else if (in_order_ && column_.empty() && !SameFolded(token.text, "by")) {
-      column_ = platform::database::SqlNameText(token);
+    } else if (SameFolded(token.text, "desc")) {
+      term_.descending = true;
+    } else if (term_.column.empty()) {
+      term_.column = platform::database::SqlNameText(token);
+      term_.plain = is_word;
+    } else if (token.kind != SqlTokenKind::Semicolon) {
+      term_.plain = false;
     }
   }
 
   // `next` is the token behind the term.
   void EndTerm(const SqlToken& next) {
-    if (!column_.empty() && (table_ == nullptr || table_->IsNullable(column_))) {
-      const auto end = static_cast<std::size_t>(next.text.data() - query_.data());
-      text_.append(automation::Trimmed(query_.substr(copied_, end - copied_)));
-      text_ += descending_ ? " NULLS LAST" : " NULLS FIRST";
-      copied_ = end;
-    }
-    column_.clear();
-    descending_ = false;
+    term_.end = static_cast<std::size_t>(next.text.data() - query_.data());
+    if (!term_.column.empty()) terms_.push_back(std::move(term_));
+    term_ = {};
   }
 
   std::string_view query_;
-  const KnownTable* table_;
-  std::string text_;
-  std::size_t copied_ = 0;
+  std::vector<OrderTerm> terms_;
+  OrderTerm term_;
   int depth_ = 0;
   bool in_order_ = false;
-  bool descending_ = false;
-  std::string column_;  // The first word of the term that is being read.
 };
+
+// The key, which makes the order of a table's rows the same every time, without the columns that the query is
+// ordered by already; on PostgreSQL the place where rows are kept does for a table without one.
+std::string KeyOrder(Server server, const KnownTable& table, const std::vector<OrderTerm>& terms) {
+  std::string order;
+  for (const TableColumn& column : table.info.columns) {
+    const bool named = std::any_of(terms.begin(), terms.end(), [&](const OrderTerm& term) {
+      return SameFolded(term.column, column.name);
+    });
+    if (!column.key || (named && server == Server::SqlServer)) continue;
+    order += (order.empty() ? "" : ", ");
+    if (server == Server::SqlServer) {
+      order += column.name;
+    } else {
+      order += Quoted(column.name) + (table.IsNullable(column.name) ? " NULLS FIRST" : "");
+    }
+  }
+  return order.empty() && server == Server::PostgreSql ? "ctid" : order;
+}
+
+// The query, with where Null goes said behind every column that it is ordered by. An index serves an order
+// only as it is kept, so nothing is said of columns that are never Null.
+std::string WithPlacesOfNull(std::string_view query, const KnownTable* table,
+                             const std::vector<OrderTerm>& terms) {
+  std::string text;
+  std::size_t copied = 0;
+  for (const OrderTerm& term : terms) {
+    if (table != nullptr && !table->IsNullable(term.column)) continue;
+    text.append(automation::Trimmed(query.substr(copied, term.end - copied)));
+    text += term.descending ? " NULLS LAST" : " NULLS FIRST";
+    copied = term.end;
+  }
+  return text.append(query.substr(copied));
+}
+
+// The text up to its last word, without what may end it: a semicolon, comments.
+std::string_view WithoutEnd(std::string_view query) {
+  SqlTokenizer tokens(query);
+  std::size_t end = 0;
+  for (SqlToken token = tokens.NextMeaning(); token.kind != SqlTokenKind::End; token = tokens.NextMeaning()) {
+    if (token.kind == SqlTokenKind::Semicolon) continue;
+    end = static_cast<std::size_t>(token.text.data() - query.data()) + token.text.size();
+  }
+  return query.substr(0, end);
+}
+
+// For SQL Server, where an order stands last in most queries.
+std::string OrderedByKey(std::string_view query, const KnownTable& table,
+                         const std::vector<OrderTerm>& terms) {
+  const bool plain =
+      std::all_of(terms.begin(), terms.end(), [](const OrderTerm& term) { return term.plain; });
+  const std::string order = plain ? KeyOrder(Server::SqlServer, table, terms) : std::string();
+  if (order.empty()) return std::string(query);
+  return std::string(WithoutEnd(query)) + (terms.empty() ? " ORDER BY " : ", ") + order;
+}
 
 // Where the rows of an INSERT begin: what it returns stands before them. The end for a text without rows.
 std::size_t PlaceOfRows(std::string_view insert) {
@@ -150,11 +198,15 @@ bool KnownTable::IsNullable(std::string_view column) const {
                      [&](const std::string& name) { return SameFolded(name, column); });
 }
 
-std::string OrderedQuery(std::string_view query, const KnownTable* table, std::size_t most_rows) {
+std::string OrderedQuery(Server server, std::string_view query, const KnownTable* table,
+                         std::size_t most_rows) {
   const auto outline = platform::database::OutlineOf(query);
-  std::string text = outline.ordered ? NullPlacer(query, table).Text() : std::string(query);
-  if (table == nullptr || outline.aggregates) return text;
-  text += (outline.ordered ? ", " : " ORDER BY ") + KeyOrder(*table);
+  const bool has_rows = table != nullptr && !outline.aggregates;
+  const auto terms = outline.ordered ? OrderReader(query).Read() : std::vector<OrderTerm>();
+  if (server == Server::SqlServer) return has_rows ? OrderedByKey(query, *table, terms) : std::string(query);
+  std::string text = WithPlacesOfNull(query, table, terms);
+  if (!has_rows) return text;
+  text += (outline.ordered ? ", " : " ORDER BY ") + KeyOrder(server, *table, terms);
   // One more than wanted, to know whether there is more.
   if (most_rows != platform::database::kAllRows) text += " LIMIT " + std::to_string(most_rows + 1);
   return text;
@@ -164,8 +216,9 @@ std::string ReturningInsert(Server server, std::string_view insert, std::string_
   if (server == Server::PostgreSql) return std::string(insert) + " RETURNING " + Quoted(column);
   const std::size_t rows = PlaceOfRows(insert);
   if (rows == insert.size()) return std::string(insert);
-  std::string text(insert.substr(0, rows));
-  return text.append("OUTPUT INSERTED.").append(column).append(" ").append(insert.substr(rows));
+  std::string text = "DECLARE @ASSIGNED TABLE (NUMBER BIGINT); ";
+  text.append(insert.substr(0, rows)).append("OUTPUT INSERTED.").append(column).append(" INTO @ASSIGNED ");
+  return text.append(WithoutEnd(insert.substr(rows))).append("; SELECT NUMBER FROM @ASSIGNED");
 }
 
 }  // namespace talvex::adapters::odbc

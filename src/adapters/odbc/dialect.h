@@ -37,12 +37,15 @@ struct KnownTable {
 [[nodiscard]] std::string SpelledName(Server server, std::string_view name);
 
 // The query with an order that is the same every time. `table` is the one table that it reads, null for a
-// query on several: on one table the key stands behind the order that the text names, and a limit behind
-// that. Null comes first, last when the order is descending, as on SQL Server. For PostgreSQL alone.
-[[nodiscard]] std::string OrderedQuery(std::string_view query, const KnownTable* table,
+// query on several: on one table the key stands behind the order that the text names. For PostgreSQL a limit
+// comes behind that, and Null is put first, last when the order is descending, as on SQL Server. SQL Server
+// refuses a column that an order names twice, so there the key is added only where the text orders by plain
+// columns or not at all.
+[[nodiscard]] std::string OrderedQuery(Server server, std::string_view query, const KnownTable* table,
                                        std::size_t most_rows);
 
-// The INSERT, made to return the value of the column that the database assigns.
+// The INSERT, made to return the value of the column that the database assigns. SQL Server returns none from
+// a table that has triggers unless it is put into a table first.
 [[nodiscard]] std::string ReturningInsert(Server server, std::string_view insert, std::string_view column);
 
 }  // namespace talvex::adapters::odbc

@@ -57,7 +57,6 @@ std::int32_t WholeNumber(const Variant& from) {
 void Parameters::Bind(Connection& connection, const Handle& statement,
                       std::span<const SqlShape::Parameter> places, std::span<const Variant> given) {
   RequireCount(places, given);
-  values_.clear();
   values_.resize(places.size());
   auto next = given.begin();
   for (std::size_t i = 0; i < places.size(); ++i) {
@@ -67,10 +66,12 @@ void Parameters::Bind(Connection& connection, const Handle& statement,
     } else {
       SetText(value, places[i].literal);
     }
+    if (value.bound) continue;
     connection.Check(
         SQLBindParameter(statement.Get(), static_cast<SQLUSMALLINT>(i + 1), SQL_PARAM_INPUT, value.c_type,
                          value.sql_type, value.size, value.decimals, value.data, value.room, &value.length),
         statement);
+    value.bound = true;
   }
 }
 
@@ -104,31 +105,44 @@ void Parameters::Set(Value& value, const Variant& from) const {
   }
 }
 
+void Parameters::Describe(Value& value, SQLSMALLINT c_type, SQLSMALLINT sql_type, SQLULEN size,
+                          SQLSMALLINT decimals, SQLPOINTER data) {
+  value.bound = value.bound && value.c_type == c_type && value.sql_type == sql_type && value.size == size &&
+                value.data == data;
+  value.c_type = c_type;
+  value.sql_type = sql_type;
+  value.size = size;
+  value.decimals = decimals;
+  value.data = data;
+}
+
+// Every text up to the longest that NVARCHAR(n) takes is of that type, so that its own length does not
+// matter. The room grows by doubling, for a text that moves must be bound again.
 void Parameters::SetText(Value& value, std::string_view text) {
-  value.text = ToWide(text);
-  const std::size_t units = value.text.size();
-  value.length = static_cast<SQLLEN>(units * sizeof(SQLWCHAR));
-  value.size = std::max<SQLULEN>(units, 1);
-  value.sql_type = value.size > kLongestVarchar ? SQL_WLONGVARCHAR : SQL_WVARCHAR;
-  value.text.push_back(0);  // So that there is something to point at.
-  value.data = value.text.data();
-  value.room = value.length;
+  constexpr std::size_t kRoom = 64;
+  const WideText wide = ToWide(text);
+  if (value.text.size() < wide.size() + 1) {
+    value.text.resize(std::max({kRoom, 2 * value.text.size(), wide.size() + 1}));
+    value.bound = false;
+  }
+  std::copy(wide.begin(), wide.end(), value.text.begin());
+  value.length = static_cast<SQLLEN>(wide.size() * sizeof(SQLWCHAR));
+  value.room = static_cast<SQLLEN>(value.text.size() * sizeof(SQLWCHAR));
+  const bool is_long = wide.size() > kLongestVarchar;
+  Describe(value, SQL_C_WCHAR, is_long ? SQL_WLONGVARCHAR : SQL_WVARCHAR,
+           is_long ? wide.size() : kLongestVarchar, 0, value.text.data());
 }
 
 void Parameters::SetWhole(Value& value, std::int32_t whole) {
   value.whole = whole;
-  value.c_type = SQL_C_SLONG;
-  value.sql_type = SQL_INTEGER;
-  value.size = 10;
-  value.data = &value.whole;
+  value.length = sizeof value.whole;
+  Describe(value, SQL_C_SLONG, SQL_INTEGER, 10, 0, &value.whole);
 }
 
 void Parameters::SetNumber(Value& value, double number) {
   value.number = number;
-  value.c_type = SQL_C_DOUBLE;
-  value.sql_type = SQL_DOUBLE;
-  value.size = 53;
-  value.data = &value.number;
+  value.length = sizeof value.number;
+  Describe(value, SQL_C_DOUBLE, SQL_DOUBLE, 53, 0, &value.number);
 }
 
 void Parameters::SetMoment(Value& value, automation::Date date) {
@@ -139,11 +153,8 @@ void Parameters::SetMoment(Value& value, automation::Date date) {
                   static_cast<SQLUSMALLINT>(date.Minute()),
                   static_cast<SQLUSMALLINT>(date.Second()),
                   0};
-  value.c_type = SQL_C_TYPE_TIMESTAMP;
-  value.sql_type = SQL_TYPE_TIMESTAMP;
-  value.size = 23;
-  value.decimals = 3;
-  value.data = &value.moment;
+  value.length = sizeof value.moment;
+  Describe(value, SQL_C_TYPE_TIMESTAMP, SQL_TYPE_TIMESTAMP, 23, 3, &value.moment);
 }
 
 }  // namespace talvex::adapters::odbc

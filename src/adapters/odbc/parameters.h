@@ -21,19 +21,23 @@ enum class Binding {
            // nothing else by itself.
 };
 
-// Binds values to the places of a statement. ODBC reads them when the statement runs, so this must live until
-// then.
+// Binds values to the places of one prepared statement. ODBC reads them when the statement runs, so this must
+// live as long as the statement does.
 class Parameters {
  public:
   explicit Parameters(Binding binding) noexcept : binding_(binding) {}
 
   // `places` tells for each "?" whether it is the next of the given values or a quoted text. Raises Fault
   // when there are more or fewer values than places, and for a value that no table holds.
+  //
+  // A place is bound anew only for a value of another kind, or a text longer than any before: SQL Server's
+  // driver prepares a statement again whose parameters were bound again.
   void Bind(Connection& connection, const Handle& statement,
             std::span<const platform::database::SqlShape::Parameter> places,
             std::span<const automation::Variant> given);
 
  private:
+  // What ODBC is told of a place, once, and reads from it at every run.
   struct Value {
     WideText text;
     SQLDOUBLE number = 0;
@@ -46,6 +50,7 @@ class Parameters {
     SQLSMALLINT decimals = 0;
     SQLPOINTER data = nullptr;
     SQLLEN room = 0;
+    bool bound = false;
   };
 
   void Set(Value& value, const automation::Variant& from) const;
@@ -53,6 +58,9 @@ class Parameters {
   static void SetWhole(Value& value, std::int32_t whole);
   static void SetNumber(Value& value, double number);
   static void SetMoment(Value& value, automation::Date date);
+  // Tells what the place holds from now on; what ODBC knows of it already needs no telling.
+  static void Describe(Value& value, SQLSMALLINT c_type, SQLSMALLINT sql_type, SQLULEN size,
+                       SQLSMALLINT decimals, SQLPOINTER data);
 
   Binding binding_;
   std::vector<Value> values_;

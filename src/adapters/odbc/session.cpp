@@ -10,7 +10,6 @@ namespace talvex::adapters::odbc {
 
 namespace {
 
-using automation::SameFolded;
 using automation::Variant;
 using platform::database::ConnectionString;
 using platform::database::Fault;
@@ -18,20 +17,28 @@ using platform::database::FaultKind;
 using platform::database::Result;
 using platform::database::SqlShape;
 using platform::database::SqlTokenizer;
+using platform::database::SqlTokenKind;
 using platform::database::SqlVerb;
 using platform::database::TableColumn;
 using platform::database::TableInfo;
 
 bool WritesOrReadsRows(SqlVerb verb) noexcept { return verb != SqlVerb::Set && verb != SqlVerb::Other; }
 
-// Whether the text asks for the isolation that PostgreSQL gives unless told otherwise.
-bool AsksForReadCommitted(std::string_view text) {
-  if (!platform::database::SetsIsolationLevel(text)) return false;
+constexpr std::string_view kReadCommitted = "read committed";
+
+// SQL Server numbers from here on what triggers and procedures raise themselves, by THROW and RAISERROR.
+constexpr std::int32_t kFirstRaised = 50000;
+
+// The level of isolation that a text asks for, its words in small letters; empty for another text.
+std::string IsolationAskedFor(std::string_view text) {
+  if (!platform::database::SetsIsolationLevel(text)) return {};
   SqlTokenizer tokens(text);
   for (int i = 0; i < 4; ++i) static_cast<void>(tokens.NextMeaning());
-  static_cast<void>(tokens.NextMeaning());  // READ, of READ COMMITTED and READ UNCOMMITTED.
-  const auto level = tokens.NextMeaning().text;
-  return SameFolded(level, "committed") || SameFolded(level, "uncommitted");
+  std::string level;
+  for (auto token = tokens.NextMeaning(); token.kind == SqlTokenKind::Word; token = tokens.NextMeaning()) {
+    level += (level.empty() ? "" : " ") + automation::Folded(token.text);
+  }
+  return level;
 }
 
 // With this setting psqlodbc undoes a whole transaction when one of its statements fails, without a word, and
@@ -51,15 +58,19 @@ auto OdbcSession::Noting(Step&& step) {
     return step();
   } catch (const Fault& fault) {
     failed_ = true;
-    undone_ = undone_ || !OutlivesFailure(fault.Kind());
+    undone_ = undone_ || !OutlivesFailure(fault);
     throw;
   }
 }
 
-// Whether the transaction that is open goes on, with the failed statement alone undone.
-bool OdbcSession::OutlivesFailure(FaultKind kind) {
-  if (kind == FaultKind::Conflict || connection_.IsLost()) return false;
-  return !in_transaction_ || savepoints_.Undo(connection_);
+// Whether the transaction that is open goes on, with the failed statement alone undone. SQL Server is asked:
+// failures of one kind end the transaction in one place and not in another, and so do triggers as they like.
+// What a trigger raises without ending it leaves open whether the change that set it off stands.
+bool OdbcSession::OutlivesFailure(const Fault& fault) {
+  if (fault.Kind() == FaultKind::Conflict || connection_.IsLost()) return false;
+  if (!in_transaction_) return true;
+  if (server_ == Server::PostgreSql) return savepoints_.Undo(connection_);
+  return fault.NativeError() < kFirstRaised && transaction_.IsAlive();
 }
 
 void OdbcSession::BeforeStatement() {
@@ -70,11 +81,14 @@ OdbcSession::OdbcSession(std::shared_ptr<Environment> environment, const Connect
                          std::optional<automation::Date> fixed_now, std::shared_ptr<Counters> counters)
     : connection_(std::move(environment), Savepoints::WithoutTheDrivers(connection_string)),
       server_(ServerOf(connection_.ProductName())),
+      transaction_(connection_, server_),
       savepoints_(Savepoints::WithoutTheDrivers(connection_string)),
       counters_(std::move(counters)),
-      shape_(DialectOf(server_)) {
+      shape_(DialectOf(server_)),
+      isolation_(kReadCommitted) {
   if (server_ == Server::PostgreSql) RequireStatementRollback(connection_string);
   if (fixed_now) FixClock(*fixed_now);
+  transaction_.StateSettings();
   ++counters_->opened;
 }
 
@@ -92,8 +106,9 @@ Result OdbcSession::Execute(std::string_view text, std::span<const Variant> para
                             std::size_t most_rows) {
   platform::database::RequireStorableText(text);
   shape_.Read(text);
-  if (IsAnswered(text)) return {};
   RequireLiveTransaction();
+  const std::string isolation = IsolationAskedFor(text);
+  if (HasIsolation(isolation)) return {};
   const SqlVerb verb = shape_.Verb();
   if (reads_only_ && verb != SqlVerb::Select && verb != SqlVerb::Set) platform::database::RefuseToWrite();
   return Noting([&] {
@@ -101,23 +116,27 @@ Result OdbcSession::Execute(std::string_view text, std::span<const Variant> para
     if (verb != SqlVerb::Set || savepoints_.Any()) BeforeStatement();
     Result result = RunStatement(text, parameters, most_rows);
     if (verb != SqlVerb::Select) savepoints_.AfterChange();
+    if (!isolation.empty() && server_ == Server::SqlServer) isolation_ = isolation;
     return result;
   });
 }
 
-bool OdbcSession::IsAnswered(std::string_view text) const {
-  return server_ == Server::PostgreSql && shape_.Verb() == SqlVerb::Set && AsksForReadCommitted(text);
+// Whether the session has the level already. On SQL Server it holds until another one is set; on PostgreSQL
+// for one transaction, and what is less than READ COMMITTED is the same there.
+bool OdbcSession::HasIsolation(std::string_view level) const {
+  if (level.empty()) return false;
+  return level == isolation_ || (server_ == Server::PostgreSql && level == "read uncommitted");
 }
 
-// A deadlock undoes the whole transaction. What came next would be kept on its own.
+// Once the server has undone a transaction, what came next would be kept on its own.
 void OdbcSession::RequireLiveTransaction() const {
   if (!in_transaction_ || !undone_) return;
   throw Fault(FaultKind::Other, 3930, "25000",
               "The transaction was undone after an earlier failure; roll it back");
 }
 
-// SQL Server gets the text as it is written; a statement with values of its own is prepared. For PostgreSQL
-// every statement on rows is prepared, its quoted texts among the values.
+// SQL Server gets quoted texts as they are written; a statement with values of its own is prepared. For
+// PostgreSQL every statement on rows is prepared, its quoted texts among the values.
 Result OdbcSession::RunStatement(std::string_view text, std::span<const Variant> parameters,
                                  std::size_t most_rows) {
   ++counters_->run;
@@ -128,10 +147,9 @@ Result OdbcSession::RunStatement(std::string_view text, std::span<const Variant>
     statements_.Clear();
     tables_.clear();
   }
-  const std::string assigned = AssignedColumn(text);
-  Statement statement(connection_, server_, !assigned.empty());
-  return statement.RunText(assigned.empty() ? std::string(text) : ReturningInsert(server_, text, assigned),
-                           most_rows);
+  const Sent sent = AsSent(text, most_rows);
+  Statement statement(connection_, server_, sent.returns_identity);
+  return statement.RunText(sent.text, most_rows);
 }
 
 Result OdbcSession::RunPrepared(std::string_view text, std::span<const Variant> parameters,
@@ -156,18 +174,21 @@ Result OdbcSession::RunPrepared(std::string_view text, std::span<const Variant> 
 }
 
 std::unique_ptr<Statement> OdbcSession::Prepared(std::string_view text, std::size_t most_rows) {
-  const std::string assigned = AssignedColumn(text);
-  auto statement = std::make_unique<Statement>(connection_, server_, !assigned.empty());
-  if (!assigned.empty()) {
-    statement->Prepare(ReturningInsert(server_, text, assigned));
-  } else if (server_ == Server::PostgreSql && shape_.Verb() == SqlVerb::Select) {
-    const auto name = platform::database::TableOfQuery(text);
-    const TableRef table = name ? FindTable(*name) : nullptr;
-    statement->Prepare(OrderedQuery(text, table.get(), most_rows));
-  } else {
-    statement->Prepare(text);
-  }
+  const Sent sent = AsSent(text, most_rows);
+  auto statement = std::make_unique<Statement>(connection_, server_, sent.returns_identity);
+  statement->Prepare(sent.text);
   return statement;
+}
+
+// What the server gets for a text: an INSERT returns the number that the database assigns, and the rows of a
+// query come in the same order every time.
+OdbcSession::Sent OdbcSession::AsSent(std::string_view text, std::size_t most_rows) {
+  const std::string assigned = AssignedColumn(text);
+  if (!assigned.empty()) return {ReturningInsert(server_, text, assigned), true};
+  if (shape_.Verb() != SqlVerb::Select) return {std::string(text), false};
+  const auto name = platform::database::TableOfQuery(text);
+  const TableRef table = name ? FindTable(*name) : nullptr;
+  return {OrderedQuery(server_, text, table.get(), most_rows), false};
 }
 
 // The column to read back behind an INSERT; empty for another statement.
@@ -183,17 +204,16 @@ std::string OdbcSession::AssignedColumn(std::string_view text) {
 }
 
 std::shared_ptr<const TableInfo> OdbcSession::Table(std::string_view name) {
-  const TableRef table = FindTable(name);
+  const TableRef table = Noting([&] { return FindTable(name); });
   return table == nullptr ? nullptr : std::shared_ptr<const TableInfo>(table, &table->info);
 }
 
 OdbcSession::TableRef OdbcSession::FindTable(std::string_view name) {
   const auto known = tables_.find(name);
   if (known != tables_.end()) return known->second;
-  TableRef table = Noting([&] {
-    BeforeStatement();
-    return ReadTable(name);
-  });
+  RequireLiveTransaction();
+  BeforeStatement();
+  TableRef table = ReadTable(name);
   if (table != nullptr) tables_.emplace(name, table);
   return table;
 }
@@ -218,7 +238,8 @@ OdbcSession::TableRef OdbcSession::ReadTable(std::string_view name) {
 
 void OdbcSession::Begin() {
   if (in_transaction_) throw Fault(FaultKind::Other, 0, "25001", "A transaction is open already");
-  connection_.SetAutocommit(false);
+  transaction_.Begin();
+  isolation_ = kReadCommitted;
   in_transaction_ = true;
   undone_ = failed_ = false;
   savepoints_.Begin();
@@ -242,8 +263,7 @@ void OdbcSession::Commit() {
   try {
     RequireLiveTransaction();
     RequireKept();
-    connection_.EndTransaction(SQL_COMMIT);
-    connection_.SetAutocommit(true);
+    transaction_.Commit();
     in_transaction_ = reads_only_ = false;
   } catch (...) {
     Rollback();
@@ -260,10 +280,7 @@ void OdbcSession::RequireKept() {
 void OdbcSession::Rollback() noexcept {
   if (!in_transaction_) return;
   try {
-    if (!connection_.IsLost()) {
-      connection_.EndTransaction(SQL_ROLLBACK);
-      connection_.SetAutocommit(true);
-    }
+    if (!connection_.IsLost()) transaction_.Rollback();
     in_transaction_ = reads_only_ = false;
   } catch (...) {
     // The session stays in its transaction, so it is not usable; closing it undoes what is left.

@@ -13,6 +13,7 @@
 #include "adapters/odbc/connection.h"
 #include "adapters/odbc/dialect.h"
 #include "adapters/odbc/savepoints.h"
+#include "adapters/odbc/server_transaction.h"
 #include "adapters/odbc/statement.h"
 #include "automation/date.h"
 #include "automation/text.h"
@@ -53,13 +54,19 @@ class OdbcSession final : public platform::database::Session {
  private:
   using TableRef = std::shared_ptr<const KnownTable>;
 
+  // A text as the server gets it.
+  struct Sent {
+    std::string text;
+    bool returns_identity;
+  };
+
   void FixClock(automation::Date now);
   void RequireLiveTransaction() const;
   template <class Step>
   auto Noting(Step&& step);
   void BeforeStatement();
-  [[nodiscard]] bool OutlivesFailure(platform::database::FaultKind kind);
-  [[nodiscard]] bool IsAnswered(std::string_view text) const;
+  [[nodiscard]] bool OutlivesFailure(const platform::database::Fault& fault);
+  [[nodiscard]] bool HasIsolation(std::string_view level) const;
   [[nodiscard]] platform::database::Result RunStatement(std::string_view text,
                                                         std::span<const automation::Variant> parameters,
                                                         std::size_t most_rows);
@@ -67,6 +74,7 @@ class OdbcSession final : public platform::database::Session {
                                                        std::span<const automation::Variant> parameters,
                                                        std::size_t most_rows);
   [[nodiscard]] std::unique_ptr<Statement> Prepared(std::string_view text, std::size_t most_rows);
+  [[nodiscard]] Sent AsSent(std::string_view text, std::size_t most_rows);
   [[nodiscard]] std::string AssignedColumn(std::string_view text);
   [[nodiscard]] TableRef FindTable(std::string_view name);
   [[nodiscard]] TableRef ReadTable(std::string_view name);
@@ -75,14 +83,16 @@ class OdbcSession final : public platform::database::Session {
   // The connection is closed last, when no statement is left that belongs to it.
   Connection connection_;
   Server server_;
+  ServerTransaction transaction_;
   Savepoints savepoints_;
   std::shared_ptr<Counters> counters_;
   platform::database::SqlShape shape_;
   platform::database::StatementCache<Statement> statements_;
   std::unordered_map<std::string, TableRef, automation::FoldedHash, automation::FoldedEqual> tables_;
+  std::string isolation_;  // The level that the session has, in small letters.
   bool in_transaction_ = false;
   bool reads_only_ = false;  // Whether the transaction that is open refuses to write.
-  bool undone_ = false;      // The server has given up the transaction that is open.
+  bool undone_ = false;      // The server has given up the transaction that is open, or nobody knows.
   bool failed_ = false;      // A statement of the transaction that is open has failed.
 };
 

@@ -23,10 +23,7 @@ constexpr std::size_t kBufferUnits = 4096;
 class CloseAtEnd {
  public:
   explicit CloseAtEnd(const Handle& statement) noexcept : statement_(statement) {}
-  ~CloseAtEnd() {
-    SQLFreeStmt(statement_.Get(), SQL_CLOSE);
-    SQLFreeStmt(statement_.Get(), SQL_RESET_PARAMS);
-  }
+  ~CloseAtEnd() { SQLFreeStmt(statement_.Get(), SQL_CLOSE); }
   CloseAtEnd(const CloseAtEnd&) = delete;
   CloseAtEnd& operator=(const CloseAtEnd&) = delete;
 
@@ -63,7 +60,9 @@ Result Statement::RunText(std::string_view text, std::size_t most_rows) {
   return ReadResults(connection_.Check(code, handle_), most_rows);
 }
 
-// A statement that affects no row may answer SQL_NO_DATA, which is no failure.
+// A statement that affects no row may answer SQL_NO_DATA, which is no failure. What a trigger counts or
+// selects comes before what the statement itself does, so the last count is the statement's, and so are the
+// last rows of an INSERT that returns its number; a query has its rows first.
 Result Statement::ReadResults(SQLRETURN code, std::size_t most_rows) {
   Result result;
   bool has_rows = false;
@@ -73,8 +72,8 @@ Result Statement::ReadResults(SQLRETURN code, std::size_t most_rows) {
     if (columns == 0) {
       SQLLEN count = 0;
       connection_.Check(SQLRowCount(handle_.Get(), &count), handle_);
-      result.affected += std::max<std::int64_t>(count, 0);
-    } else if (!has_rows) {
+      if (count >= 0) result.affected = count;
+    } else if (!has_rows || returns_identity_) {
       has_rows = true;
       ReadRows(result, columns, most_rows);
     }
@@ -176,7 +175,7 @@ void Statement::AppendValue(RowSet& rows, SQLUSMALLINT number, const Column& col
       SQL_TIMESTAMP_STRUCT m{};
       if (!Get(number, SQL_C_TYPE_TIMESTAMP, m)) break;
       const auto date = Date::TryCivil(m.year, m.month, m.day, m.hour, m.minute, m.second);
-      if (date) return rows.Append(*date);
+      if (date) return rows.Append(*date, static_cast<std::uint32_t>(m.fraction));
       throw Fault(FaultKind::ValueRefused, 8152, "22007", "The column " + column.name + " holds no date");
     }
   }

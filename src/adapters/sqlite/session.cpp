@@ -41,9 +41,9 @@ Result SqliteSession::Execute(std::string_view text, std::span<const Variant> pa
                               std::size_t most_rows) {
   platform::database::RequireStorableText(text);
   shape_.Read(text);
+  RequireLiveTransaction();
   // SQLite isolates its transactions from one another completely; there is nothing to set.
   if (shape_.Verb() == SqlVerb::Set && platform::database::SetsIsolationLevel(text)) return {};
-  RequireLiveTransaction();
   if (reads_only_ && shape_.Verb() != SqlVerb::Select) platform::database::RefuseToWrite();
   return RunStatement(parameters, most_rows);
 }
