@@ -34,10 +34,13 @@ class SiteTest(_tds.ServerTest):
     def chain(self, amounts="NULL"):
         """Makes the budgets, with `amounts` in the columns for what was used."""
         self.db.results("INSERT INTO CURRENCY (CURRENCYCODE, DECIMALS) VALUES ('EUR', 2)")
+        self.db.results("INSERT INTO CHARGETYPES (CHARGETYPECODE) VALUES ('SOFTWARE')")
+        self.db.results("INSERT INTO SUITEUSER (USERID) VALUES ('holder')")
         for code in CHAIN:
             kind = 1 if code == "LEAF" else 2
             self.db.results("INSERT INTO BUDGET (BUDGETCODE, BUDGETTYPE, CURRENCYCODE, BUDGETWARNING, "
-                            f"USERID) VALUES ('{code}', {kind}, 'EUR', 10, 'holder')")
+                            "USERID, CHARGETYPECODE) VALUES "
+                            f"('{code}', {kind}, 'EUR', 10, 'holder', 'SOFTWARE')")
             self.db.results("INSERT INTO BUDGETLINES (BUDGETCODE, STARTDATE, ENDDATE, BUDGETAMNT, "
                             "AVAILABLEAMNT, AVAILABLEPERC, USEDNOTAPPROVEDAMNT, USEDAPPROVEDAMNT, "
                             "USEDSENDAMNT, USEDRECEIVEDAMNT, USEDCLOSEDAMNT) VALUES "

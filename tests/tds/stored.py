@@ -105,14 +105,12 @@ class Stored(SiteTest):
                      "SELECT COUNT(*) AS N FROM BUDGET", "SELECT * FROM BUDGET ORDER BY LEN(USERID)",
                      "SELECT * FROM ACCOUNTINGPARAMETER", "SELECT PARENTBUDGET FROM BUDGETRELATIONS"):
             self.client.invoke(self.connection, "Execute", [text])
-        sent = self.server.texts.seen
-        for text in ("select BUDGETCODE from BUDGET ORDER BY BUDGETCODE",
-                     "SELECT * FROM BUDGET ORDER BY BUDGETCODE",
-                     "SELECT * FROM BUDGET ORDER BY USERID, BUDGETCODE",
-                     "SELECT * FROM BUDGET ORDER BY budgetcode DESC", "SELECT COUNT(*) AS N FROM BUDGET",
-                     "SELECT * FROM BUDGET ORDER BY LEN(USERID)", "SELECT * FROM ACCOUNTINGPARAMETER",
-                     "SELECT PARENTBUDGET FROM BUDGETRELATIONS ORDER BY PARENTBUDGET, CHILDBUDGET"):
-            self.assertIn(text, sent)
+        wanted = ("select BUDGETCODE from BUDGET ORDER BY BUDGETCODE", "SELECT * FROM BUDGET ORDER BY BUDGETCODE",
+                  "SELECT * FROM BUDGET ORDER BY USERID, BUDGETCODE",
+                  "SELECT * FROM BUDGET ORDER BY budgetcode DESC", "SELECT COUNT(*) AS N FROM BUDGET",
+                  "SELECT * FROM BUDGET ORDER BY LEN(USERID)", "SELECT * FROM ACCOUNTINGPARAMETER",
+                  "SELECT PARENTBUDGET FROM BUDGETRELATIONS ORDER BY PARENTBUDGET, CHILDBUDGET")
+        self.assertEqual([text for text in wanted if text not in self.server.texts.seen], [])
 
     def test_a_constraint_is_recognised_in_letters_of_any_case(self):
         self.db.results("INSERT INTO LEDGERACCOUNT (LEDGERACCOUNT) VALUES ('4000')")

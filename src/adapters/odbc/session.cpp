@@ -58,7 +58,10 @@ auto OdbcSession::Noting(Step&& step) {
     return step();
   } catch (const Fault& fault) {
     failed_ = true;
-    undone_ = undone_ || !OutlivesFailure(fault);
+    if (!undone_ && !OutlivesFailure(fault)) {
+      undone_ = true;
+      undone_by_ = fault.what();
+    }
     throw;
   }
 }
@@ -131,8 +134,9 @@ bool OdbcSession::HasIsolation(std::string_view level) const {
 // Once the server has undone a transaction, what came next would be kept on its own.
 void OdbcSession::RequireLiveTransaction() const {
   if (!in_transaction_ || !undone_) return;
-  throw Fault(FaultKind::Other, 3930, "25000",
-              "The transaction was undone after an earlier failure; roll it back");
+  throw Fault(
+      FaultKind::Other, 3930, "25000",
+      "The transaction was undone after an earlier failure; roll it back. The failure was: " + undone_by_);
 }
 
 // SQL Server gets quoted texts as they are written; a statement with values of its own is prepared. For

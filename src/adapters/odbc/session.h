@@ -93,6 +93,7 @@ class OdbcSession final : public platform::database::Session {
   bool in_transaction_ = false;
   bool reads_only_ = false;  // Whether the transaction that is open refuses to write.
   bool undone_ = false;      // The server has given up the transaction that is open, or nobody knows.
+  std::string undone_by_;    // What the failure said that did so.
   bool failed_ = false;      // A statement of the transaction that is open has failed.
 };
 

@@ -68,28 +68,48 @@ const KnownTable kTable{
     {"NOTE"}};
 
 TEST(OdbcDialect, AQueryOnOneTableIsOrderedByItsKey) {
-  EXPECT_EQ(OrderedQuery("SELECT * FROM BUDGETRELATIONS", &kTable, kAllRows),
+  EXPECT_EQ(OrderedQuery(Server::PostgreSql, "SELECT * FROM BUDGETRELATIONS", &kTable, kAllRows),
             "SELECT * FROM BUDGETRELATIONS ORDER BY \"parentbudget\", \"childbudget\"");
   EXPECT_EQ(
-      OrderedQuery("SELECT * FROM BUDGETRELATIONS ORDER BY CHILDBUDGET DESC", &kTable, 64),
+      OrderedQuery(Server::PostgreSql, "SELECT * FROM BUDGETRELATIONS ORDER BY CHILDBUDGET DESC", &kTable,
+                   64),
       "SELECT * FROM BUDGETRELATIONS ORDER BY CHILDBUDGET DESC, \"parentbudget\", \"childbudget\" LIMIT 65");
-  EXPECT_EQ(OrderedQuery("SELECT COUNT(*) FROM BUDGETRELATIONS", &kTable, 1),
+  EXPECT_EQ(OrderedQuery(Server::PostgreSql, "SELECT COUNT(*) FROM BUDGETRELATIONS", &kTable, 1),
             "SELECT COUNT(*) FROM BUDGETRELATIONS");
-  EXPECT_EQ(OrderedQuery("SELECT * FROM A, B", nullptr, 1), "SELECT * FROM A, B");
+  EXPECT_EQ(OrderedQuery(Server::PostgreSql, "SELECT * FROM A, B", nullptr, 1), "SELECT * FROM A, B");
   const KnownTable keyless{{"ACCOUNTINGPARAMETER", {{"PARAMETERNAME", false, false}}}, {}};
-  EXPECT_EQ(OrderedQuery("SELECT * FROM ACCOUNTINGPARAMETER", &keyless, kAllRows),
+  EXPECT_EQ(OrderedQuery(Server::PostgreSql, "SELECT * FROM ACCOUNTINGPARAMETER", &keyless, kAllRows),
             "SELECT * FROM ACCOUNTINGPARAMETER ORDER BY ctid");
 }
 
+TEST(OdbcDialect, SqlServerGetsTheKeyBehindPlainColumnsOnly) {
+  const auto ordered = [](std::string_view text) {
+    return OrderedQuery(Server::SqlServer, text, &kTable, kAllRows);
+  };
+  const std::string all = "SELECT * FROM BUDGETRELATIONS";
+  EXPECT_EQ(ordered(all + "; -- all"), all + " ORDER BY PARENTBUDGET, CHILDBUDGET");
+  EXPECT_EQ(ordered(all + " ORDER BY [NOTE] DESC"), all + " ORDER BY [NOTE] DESC, PARENTBUDGET, CHILDBUDGET");
+  EXPECT_EQ(ordered(all + " ORDER BY childbudget DESC, NOTE ASC"),
+            all + " ORDER BY childbudget DESC, NOTE ASC, PARENTBUDGET");
+  for (const std::string& text :
+       {all + " ORDER BY PARENTBUDGET, CHILDBUDGET", all + " ORDER BY 1", all + " ORDER BY LEN(NOTE)",
+        all + " ORDER BY BUDGETRELATIONS.NOTE", std::string("SELECT COUNT(*) FROM BUDGETRELATIONS")}) {
+    EXPECT_EQ(ordered(text), text);
+  }
+  EXPECT_EQ(OrderedQuery(Server::SqlServer, "SELECT * FROM A, B", nullptr, 1), "SELECT * FROM A, B");
+}
+
 TEST(OdbcDialect, NullComesWhereSqlServerPutsIt) {
-  EXPECT_EQ(OrderedQuery("SELECT * FROM BUDGETRELATIONS ORDER BY note DESC, CHILDBUDGET ", &kTable, kAllRows),
+  EXPECT_EQ(OrderedQuery(Server::PostgreSql, "SELECT * FROM BUDGETRELATIONS ORDER BY note DESC, CHILDBUDGET ",
+                         &kTable, kAllRows),
             "SELECT * FROM BUDGETRELATIONS ORDER BY note DESC NULLS LAST, CHILDBUDGET , \"parentbudget\", "
             "\"childbudget\"");
-  EXPECT_EQ(OrderedQuery("SELECT * FROM A, B ORDER BY A.X ASC, F(B, C)", nullptr, kAllRows),
-            "SELECT * FROM A, B ORDER BY A.X ASC NULLS FIRST, F(B, C) NULLS FIRST");
+  EXPECT_EQ(
+      OrderedQuery(Server::PostgreSql, "SELECT * FROM A, B ORDER BY A.X ASC, F(B, C)", nullptr, kAllRows),
+      "SELECT * FROM A, B ORDER BY A.X ASC NULLS FIRST, F(B, C) NULLS FIRST");
   const KnownTable types{{"BUDGETDIMENSIONTYPE", {{"OFFICEDESCRIPTION", true, false}}},
                          {"OFFICEDESCRIPTION"}};
-  EXPECT_EQ(OrderedQuery("SELECT * FROM BUDGETDIMENSIONTYPE", &types, kAllRows),
+  EXPECT_EQ(OrderedQuery(Server::PostgreSql, "SELECT * FROM BUDGETDIMENSIONTYPE", &types, kAllRows),
             "SELECT * FROM BUDGETDIMENSIONTYPE ORDER BY \"officedescription\" NULLS FIRST");
 }
 
@@ -97,10 +117,16 @@ TEST(OdbcDialect, AnInsertReturnsItsNumberInTheServersOwnWay) {
   const auto on_sql_server = [](std::string_view text) {
     return ReturningInsert(Server::SqlServer, text, "ID");
   };
+  const std::string before = "DECLARE @ASSIGNED TABLE (NUMBER BIGINT); ";
+  const std::string after = "; SELECT NUMBER FROM @ASSIGNED";
   EXPECT_EQ(on_sql_server("INSERT INTO T (A, \"VALUES\") VALUES (?, (SELECT 1))"),
-            "INSERT INTO T (A, \"VALUES\") OUTPUT INSERTED.ID VALUES (?, (SELECT 1))");
-  EXPECT_EQ(on_sql_server("INSERT INTO T DEFAULT VALUES"), "INSERT INTO T OUTPUT INSERTED.ID DEFAULT VALUES");
-  EXPECT_EQ(on_sql_server("INSERT T SELECT * FROM U"), "INSERT T OUTPUT INSERTED.ID SELECT * FROM U");
+            before +
+                "INSERT INTO T (A, \"VALUES\") OUTPUT INSERTED.ID INTO @ASSIGNED VALUES (?, (SELECT 1))" +
+                after);
+  EXPECT_EQ(on_sql_server("INSERT INTO T DEFAULT VALUES; -- one"),
+            before + "INSERT INTO T OUTPUT INSERTED.ID INTO @ASSIGNED DEFAULT VALUES" + after);
+  EXPECT_EQ(on_sql_server("INSERT T SELECT * FROM U"),
+            before + "INSERT T OUTPUT INSERTED.ID INTO @ASSIGNED SELECT * FROM U" + after);
   EXPECT_EQ(ReturningInsert(Server::PostgreSql, "INSERT INTO T DEFAULT VALUES", "ID"),
             "INSERT INTO T DEFAULT VALUES RETURNING \"id\"");
 }
