@@ -3,7 +3,8 @@
 --
 -- The database needs a default collation that compares without case and is in UTF-8, for example
 -- Latin1_General_100_CI_AS_SC_UTF8: the component writes quoted texts without the prefix N, and in any other
--- collation letters outside its code page are lost before they reach a column.
+-- collation letters outside its code page are lost before they reach a column. "talvex init" refuses such a
+-- database. READ_COMMITTED_SNAPSHOT ON is recommended: without it readers wait for writers.
 --
 -- BUDGETLINES.ID and ACCOUNTINGRULE.ACCRULEID are identity columns. A text that is too long and a number out
 -- of range are refused by the types.

@@ -1,4 +1,4 @@
-"""What each kind of failure leaves of a transaction on PostgreSQL."""
+"""What each kind of failure leaves of a transaction on PostgreSQL; moments are compared as they are stored."""
 
 import os
 import pathlib
@@ -34,8 +34,9 @@ class Left(unittest.TestCase):
         self.assertEqual(made.returncode, DONE, made.stderr)
         for statement in SEED:
             self.query(statement)
-        gateway = self.enterContext(Gateway(site))
-        self.trial = Trial(self, gateway, string, self.kept)
+        self.gateway = self.enterContext(Gateway(site))
+        self.string = string
+        self.trial = Trial(self, self.gateway, string, self.kept)
 
     def query(self, statement):
         return self.server.query(statement, "talvex")
@@ -54,6 +55,26 @@ class Left(unittest.TestCase):
     def test_failures_that_a_trigger_makes(self):
         self.query(RAISES)
         self.trial.expect(GOES_ON, "UPDATE BUDGET SET BUDGETTYPE = 2")
+
+    def test_a_moment_with_a_fraction_can_be_changed(self):
+        self.query("CREATE TABLE RATED (ID INTEGER PRIMARY KEY, AT TIMESTAMP(6))")
+        for at, meanwhile, number in (("23:59:59.997", None, None), ("23:59:59.123456", None, None),
+                                      ("23:59:59.997", "23:59:59.998", -2147217864)):
+            with self.subTest(at=at, meanwhile=meanwhile):
+                self.query("DELETE FROM RATED")
+                self.query(f"INSERT INTO RATED VALUES (1, '2026-12-31T{at}')")
+                connection, rows = (self.gateway.create(name)
+                                    for name in ("Platform.Connection", "Platform.Recordset"))
+                self.gateway.invoke(connection, "Open", [self.string])
+                self.gateway.invoke(rows, "Open", ["SELECT * FROM RATED", {"$object": connection}, 1, 3, 1])
+                if meanwhile:
+                    self.query(f"UPDATE RATED SET AT = '2026-12-31T{meanwhile}'")
+                update = {"object": rows, "method": "Update", "args": [["AT"], [{"$date": "2027-01-01"}]]}
+                if number:
+                    self.assertEqual(self.gateway.error_number("invoke", **update), number)
+                else:
+                    self.gateway.result("invoke", **update)
+                    self.assertEqual(self.query("SELECT AT FROM RATED"), [["2027-01-01 00:00:00"]])
 
 
 if __name__ == "__main__":

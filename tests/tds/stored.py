@@ -105,7 +105,8 @@ class Stored(SiteTest):
                      "SELECT COUNT(*) AS N FROM BUDGET", "SELECT * FROM BUDGET ORDER BY LEN(USERID)",
                      "SELECT * FROM ACCOUNTINGPARAMETER", "SELECT PARENTBUDGET FROM BUDGETRELATIONS"):
             self.client.invoke(self.connection, "Execute", [text])
-        wanted = ("select BUDGETCODE from BUDGET ORDER BY BUDGETCODE", "SELECT * FROM BUDGET ORDER BY BUDGETCODE",
+        wanted = ("select BUDGETCODE from BUDGET ORDER BY BUDGETCODE",
+                  "SELECT * FROM BUDGET ORDER BY BUDGETCODE",
                   "SELECT * FROM BUDGET ORDER BY USERID, BUDGETCODE",
                   "SELECT * FROM BUDGET ORDER BY budgetcode DESC", "SELECT COUNT(*) AS N FROM BUDGET",
                   "SELECT * FROM BUDGET ORDER BY LEN(USERID)", "SELECT * FROM ACCOUNTINGPARAMETER",
