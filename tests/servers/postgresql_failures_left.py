@@ -1,4 +1,4 @@
-"""What each kind of failure leaves of a transaction on PostgreSQL; moments are compared as they are stored."""
+"""What each kind of failure leaves of a transaction on PostgreSQL; moments compared as they are stored."""
 
 import os
 import pathlib
