@@ -158,7 +158,7 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
   return pointers;
 }
 
-// One locale, no settings of a person, nothing for a formula to find out. TODAY() needs the time zone.
+// One locale, and no variable of the caller's but the time zone, which TODAY() needs.
 std::vector<std::string> Environment() {
   std::vector<std::string> environment{"LC_ALL=C.UTF-8", "PATH=/usr/bin:/bin", "HOME=/nonexistent"};
   // With one allocator there is one place where memory can run out, and the program says so there.

@@ -1,4 +1,5 @@
-// Runs a program that is not trusted with anything.
+// Runs a program under limits, so that this process outlives whatever becomes of it. The limits are all: the
+// program has the rights of whoever starts it, unless it gives them up itself.
 #pragma once
 
 #include <chrono>
@@ -25,8 +26,9 @@ struct Run {
 
 // Starts the program with `input` on its standard input and waits until it has ended; returns what it wrote
 // to its standard output. It gets an environment of its own, no descriptor but the standard three, and dies
-// with the calling thread. Whatever it started in its process group is killed when it ends. Nothing is left
-// behind, no file either. Raises 7 when the system has no descriptor or memory for it.
+// with the calling thread. Whatever it started in its process group is killed when it ends. Input and output
+// are files without a name, of which nothing is left. Raises 7 when the system has no descriptor or memory
+// for it.
 [[nodiscard]] Run RunProgram(const std::string& program, const std::vector<std::string>& arguments,
                              std::string_view input, const Limits& limits);
 
