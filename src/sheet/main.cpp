@@ -1,7 +1,9 @@
-// talvex-sheet: reads and writes .xls workbooks for the process that starts it, which it cannot harm.
+// talvex-sheet: reads and writes .xls workbooks for the process that starts it, so that what a damaged file
+// does to the library ends here.
 //
-// It has limits of memory, time and file size, opens files for reading only, and says all it has to say in
-// one CBOR message on standard output: a workbook, or why there is none.
+// Whoever starts it sets the limits of memory, time and file size; it cages itself (cage.h) before it reads
+// anything. It says all it has to say in one CBOR message on standard output: a workbook, or why there is
+// none.
 
 #include <unistd.h>
 
@@ -13,6 +15,7 @@
 #include <string>
 
 #include "adapters/spreadsheet/message/messages.h"
+#include "sheet/cage.h"
 #include "sheet/library.h"
 #include "sheet/load.h"
 #include "sheet/refusal.h"
@@ -41,6 +44,7 @@ std::string StandardInput() {
 
 json Answer(int count, char** words) {
   try {
+    talvex::sheet::EnterCage();
     talvex::sheet::StartLibrary();
     if (count == 3) return talvex::sheet::Load(words[2]);
     return talvex::sheet::Save(json::from_cbor(StandardInput()));

@@ -17,7 +17,7 @@ import unittest
 import xlwt
 from _gateway import Gateway
 from _talvex import SampleTest
-from _workbooks import protected, styled, told
+from _workbooks import SHEET, protected, styled, told
 from xlwt.CompoundDoc import XlsDoc
 
 DAMAGED_FILES = int(os.environ.get("TALVEX_DAMAGED_FILES", "2000"))
@@ -195,6 +195,17 @@ class Refusals(SampleTest):
         self.assertEqual(error["data"]["number"], TOO_MUCH, error)
         self.assertIn("needs more processor time than is allowed", error["message"])
         self.assertEqual(children(self.gateway.process.pid), [])
+
+    def test_the_program_is_caged_before_it_is_told_anything(self):
+        with subprocess.Popen([SHEET, "save"], stdin=subprocess.PIPE, stdout=subprocess.DEVNULL) as program:
+            state = {"Seccomp": "0"}
+            end = time.monotonic() + 60
+            while state["Seccomp"] == "0" and time.monotonic() < end:
+                time.sleep(0.01)
+                with open(f"/proc/{program.pid}/status", encoding="ascii") as file:
+                    state = dict(line.rstrip("\n").split(":\t", 1) for line in file)
+            self.assertEqual((state["NoNewPrivs"], state["Seccomp"]), ("1", "2"))
+            program.stdin.close()
 
     def test_nothing_outlives_the_process_that_wanted_it(self):
         endless(self.path)
