@@ -14,6 +14,7 @@ class Files {
   virtual ~Files() = default;
 
   [[nodiscard]] virtual bool Exists(const std::string& path) const = 0;
+  // Waits for nobody: what is no ordinary file, and what is larger than an implementation reads, raises 75.
   [[nodiscard]] virtual std::string Read(const std::string& path) const = 0;
 
   // Something that changes whenever the file's content does (its size and times); nothing when there is no
