@@ -16,10 +16,9 @@ namespace {
 constexpr int kLinesATransaction = 500;
 
 constexpr const char* kMillionLines =
-    "INSERT INTO CHARGELINES (REQUISITIONLINEID, REQUISITIONLINENUMBER, REVISION, ADMINOFFICE, BUDGETCODE,"
-    " PERCENTAGESPLIT)"
-    " WITH RECURSIVE N(I) AS (SELECT 1 UNION ALL SELECT I + 1 FROM N WHERE I < 1000000)"
-    " SELECT I / 4, 1 + I % 4, 1, 'Office ' || (I % 40), 'BUDGET-' || (I % 10000), 100 FROM N;";
+    "INSERT INTO CHARGELINES (REQUISITIONLINEID, REQUISITIONLINENUMBER, REVISION, ADMINOFFICE, BUDGETCODE, "
+    "PERCENTAGESPLIT) WITH RECURSIVE N(I) AS (SELECT 1 UNION ALL SELECT I + 1 FROM N WHERE I < 1000000) "
+    "SELECT I / 4, 1 + I % 4, 1, 'Office ' || (I % 40), 'BUDGET-' || (I % 10000), 100 FROM N;";
 
 const Installation& Million() {
   static const auto installation = [] {

@@ -32,11 +32,10 @@ const Installation& Company() {
     made->Script("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < " +
                  std::to_string(kBudgets) +
                  ") INSERT INTO BUDGET (BUDGETCODE, BUDGETTYPE, CURRENCYCODE, OFFICEDESCRIPTION, "
-                 "CHARGETYPECODE, USERID,"
-                 " APPROVEINBUDGET, BUDGETWARNING, BUDGETDIMENSION1, BUDGETDIMENSION2, BUDGETDIMENSION3)"
-                 " SELECT printf('BUDGET-%06d', i), 1, 'EUR', 'Office number ' || (i % 40), 'CHARGE-' || (i "
-                 "% 200), 'user' || (i % 500),"
-                 " i % 2, 12.5, 'Project ' || i, 'Department ' || (i % 90), '' FROM n");
+                 "CHARGETYPECODE, USERID, APPROVEINBUDGET, BUDGETWARNING, BUDGETDIMENSION1, "
+                 "BUDGETDIMENSION2, BUDGETDIMENSION3) SELECT printf('BUDGET-%06d', i), 1, 'EUR', 'Office "
+                 "number ' || (i % 40), 'CHARGE-' || (i % 200), 'user' || (i % 500), i % 2, 12.5, 'Project ' "
+                 "|| i, 'Department ' || (i % 90), '' FROM n");
     return made;
   }();
   return *installation;

@@ -58,10 +58,9 @@ class BudgetExcel final : public automation::Object {
        const automation::Variant& i_vPropertyValue, const std::string& i_sPropertyType,
        std::string& o_sError),
       "Adds a document property, or replaces type and value of the one of that name in any case; it is "
-      "linked "
-      "to no cell. The type is number, date, boolean (a value of yes or true in any case is true, any other "
-      "false) or else text. A failure, such as a value that is not of its type, is not raised: it adds one "
-      "line to o_sError.");
+      "linked to no cell. The type is number, date, boolean (a value of yes or true in any case is true, any "
+      "other false) or else text. A failure, such as a value that is not of its type, is not raised: it adds "
+      "one line to o_sError.");
 
   TALVEX_METHOD(
       automation::Variant, GetCustomerPropertyFromExcel,

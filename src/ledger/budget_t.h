@@ -32,38 +32,32 @@ class BudgetT final : public automation::Object {
   TALVEX_METHOD(
       automation::Variant, GetBudgetLine, (const std::string& iBudgetCode, automation::Date& iDate),
       "The number (ID) of the budget's line in force on a date; a line without an end date is in force from "
-      "its "
-      "first day on. Null when the code is blank or no line is in force. iDate is not changed. Only reads.");
+      "its first day on. Null when the code is blank or no line is in force. iDate is not changed. Only "
+      "reads.");
 
   TALVEX_METHOD(
       std::int32_t, PostToBudget,
       (const std::string& iBudgetCode, automation::Date iDate, double iAmount,
        const std::string& iCurrencyCode, TalvexType iBudgetType),
       "Posts an amount, in currency iCurrencyCode as of iDate, to the budget and to every ancestor once: "
-      "adds it, "
-      "converted into each budget's currency, to the running total that iBudgetType selects, recomputes what "
-      "is "
-      "available, and mails the budget holder when a warning step is crossed. A negative amount takes back. "
-      "Returns the ID of the budget's own line, or -1 when it has none that takes postings on the date (a "
-      "line "
-      "without an end date takes none, nor does one whose budget has no header row); the ancestors are "
-      "posted "
-      "all the same. Writes BUDGETLINES. Raises BudgetTypeNotFound for an unknown type, and 28 for a loop in "
-      "the hierarchy or one deeper than 10,000 levels.");
+      "adds it, converted into each budget's currency, to the running total that iBudgetType selects, "
+      "recomputes what is available, and mails the budget holder when a warning step is crossed. A negative "
+      "amount takes back. Returns the ID of the budget's own line, or -1 when it has none that takes "
+      "postings on the date (a line without an end date takes none, nor does one whose budget has no header "
+      "row); the ancestors are posted all the same. Writes BUDGETLINES. Raises BudgetTypeNotFound for an "
+      "unknown type, and 28 for a loop in the hierarchy or one deeper than 10,000 levels.");
 
   TALVEX_METHOD(
       std::int16_t, RepostAllBudgets, (),
       "Sets the totals of every line that has an end date to 0, long-expired ones too, the closed total "
       "excepted: closed amounts survive a reset. Lines without an end date are left as they are. Recomputes "
       "what is available, which may mail budget holders. Returns how many lines were reset; more than 32767 "
-      "raise 6. Writes "
-      "BUDGETLINES.");
+      "raise 6. Writes BUDGETLINES.");
 
   TALVEX_METHOD(void, SetBudgetAvailable, (std::shared_ptr<platform::database::Recordset> & iRS),
                 "Recomputes AVAILABLEAMNT and AVAILABLEPERC of the current row of a BUDGETLINES record set, "
-                "and mails the "
-                "budget holder when a warning step is crossed. Does not write the row: the caller updates "
-                "the record set.");
+                "and mails the budget holder when a warning step is crossed. Does not write the row: the "
+                "caller updates the record set.");
 
   // Checks
 

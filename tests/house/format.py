@@ -1,6 +1,8 @@
-"""Every C++ source stands as clang-format writes it by the tree's .clang-format; tools/format does so."""
+"""Every C++ source stands as clang-format writes it by the tree's .clang-format; tools/format does so. And no text
+is left in scraps, as a formatter leaves one that it has broken and then sees edited."""
 
 import pathlib
+import re
 import shutil
 import subprocess
 import sys
@@ -9,6 +11,14 @@ import tempfile
 import _tree
 
 FOLDERS = ("src", "tests", "bench")
+COLUMNS = 110
+SHORT = 40  # A piece of a text that is as long as this is no scrap.
+FULL = 80   # A line that is as long as this was broken for want of room.
+ENDS_LINE = re.compile(r'^.*"((?:[^"\\]|\\.)*)"$')
+ALONE = re.compile(r'^\s*"((?:[^"\\]|\\.)*)"$')
+BEGINS = re.compile(r'^\s*"((?:[^"\\]|\\.)*)"')
+# What a writer ends a piece with on purpose: a line, a statement, an element.
+ENDS = ("\\n", ";", ">")
 
 
 def unformatted(paths):
@@ -23,7 +33,25 @@ def unformatted(paths):
     return sorted({line.split(":")[0] for line in result.stderr.splitlines() if ": error: " in line})
 
 
+def scraps(lines):
+    """Numbers of the lines that hold a short piece of a text between a full one and one whose first word had room."""
+    found = []
+    for number, (before, line, after) in enumerate(zip(lines, lines[1:], lines[2:]), start=2):
+        above, piece, below = ENDS_LINE.match(before), ALONE.match(line), BEGINS.match(after)
+        if not (above and piece and below) or before.lstrip().startswith("//"):
+            continue
+        word = below[1].split(" ")[0]
+        if (len(piece[1]) < SHORT and len(before) > FULL and len(line) + len(word) + 1 <= COLUMNS
+                and not above[1].endswith(ENDS[:2]) and not piece[1].endswith(ENDS)):
+            found.append(number)
+    return found
+
+
 def self_check(root):
+    long = '    "' + "x" * FULL + ' "'
+    _tree.expect(scraps([long, '    "is "', '    "available");']) == [2], "a scrap passed")
+    _tree.expect(not scraps([long, '    "is available");']), "the end of a text was taken for a scrap")
+    _tree.expect(not scraps([long, '    "DELETE FROM T;"', '    "x");']), "a statement was taken for a scrap")
     with tempfile.TemporaryDirectory() as folder:
         copy = pathlib.Path(folder)
         shutil.copy(root / ".clang-format", copy)
@@ -40,4 +68,8 @@ if __name__ == "__main__":
     top = _tree.source_dir()
     self_check(top)
     sources = _tree.cpp_files(top, *FOLDERS)
-    _tree.finish([f"{name}: run tools/format" for name in unformatted(sources)], len(sources))
+    problems = [f"{name}: run tools/format" for name in unformatted(sources)]
+    for source in sources:
+        problems += [f"{source}:{number}: a scrap of a text; break the text where its lines are full"
+                     for number in scraps(pathlib.Path(source).read_text(encoding="utf-8").splitlines())]
+    _tree.finish(problems, len(sources))

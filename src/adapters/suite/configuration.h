@@ -36,8 +36,8 @@ class Configuration final : public automation::Object {
 
   TALVEX_METHOD(void, SelectApplication, (const std::string& name, std::int32_t mode),
                 "Makes the values and the directory those of an application; until then they are Vantor's. "
-                "The mode has "
-                "no meaning here. An application that is not configured raises 5 and the one before stays.");
+                "The mode has no meaning here. An application that is not configured raises 5 and the one "
+                "before stays.");
   TALVEX_METHOD(std::string, Value, (const std::string& section, const std::string& key),
                 "The selected application's value; the empty text when the key is not configured.");
   TALVEX_METHOD(

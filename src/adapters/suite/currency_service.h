@@ -28,8 +28,7 @@ class CurrencyService final : public automation::Object {
        automation::Date date),
       "The amount in the target currency, at the newest rates that are valid on the date's calendar day, "
       "rounded half to even to four decimals. The same currency gives the amount itself. A currency without "
-      "a "
-      "rate on that day, the base currency included, raises 5; a result out of range raises 6.");
+      "a rate on that day, the base currency included, raises 5; a result out of range raises 6.");
   TALVEX_METHOD(std::int32_t, Decimals, (const std::string& code),
                 "The number of decimals of the currency's amounts; a currency that is not known raises 5.");
   TALVEX_METHOD(std::shared_ptr<automation::Dictionary>, CurrencyCodes, (),

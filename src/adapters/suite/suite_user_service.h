@@ -23,8 +23,7 @@ class SuiteUserService final : public automation::Object {
       void, SendMail,
       (const std::string& from, const std::string& to, const std::string& subject, const std::string& body),
       "Mails a text from one user to another, both given by id: one file in the folder outbox, which inside "
-      "a "
-      "transaction becomes final when the transaction commits and vanishes when it does not. Without an "
+      "a transaction becomes final when the transaction commits and vanishes when it does not. Without an "
       "addressee nothing is sent, and the log says so. A user who is unknown, or without an e-mail address "
       "that mail can be sent to, raises 5; a mail that cannot be written raises as well.");
   TALVEX_METHOD(std::shared_ptr<automation::Collection>, Offices, (),

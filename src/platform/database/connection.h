@@ -43,8 +43,7 @@ class Connection final : public automation::Object {
                 (std::optional<std::string> ConnectionString, std::optional<std::string> UserID,
                  std::optional<std::string> Password, std::optional<std::int32_t> Options),
                 "Opens the connection with the string given, or with the property ConnectionString. UserID "
-                "and Password, "
-                "when not empty, are added to it. An open connection raises 3705.");
+                "and Password, when not empty, are added to it. An open connection raises 3705.");
   TALVEX_METHOD(void, Close, (), "Closes the connection; a closed one raises 3704.");
   TALVEX_METHOD(
       std::shared_ptr<Recordset>, Execute,

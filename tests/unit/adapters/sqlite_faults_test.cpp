@@ -135,8 +135,7 @@ TEST_F(SqliteFaultsTest, DamageIsToldFromOtherFailures) {
 TEST_F(SqliteFaultsTest, ASessionWithADamagedFileIsNotUsedAgain) {
   Create(
       "CREATE TABLE T (A TEXT); WITH RECURSIVE N(I) AS (SELECT 1 UNION ALL SELECT I + 1 FROM N WHERE I < "
-      "500) "
-      "INSERT INTO T SELECT printf('%0500d', I) FROM N");
+      "500) INSERT INTO T SELECT printf('%0500d', I) FROM N");
   const auto size = std::filesystem::file_size(DatabasePath());
   {
     std::fstream file(DatabasePath(), std::ios::in | std::ios::out | std::ios::binary);

@@ -114,8 +114,7 @@ TEST_F(SuiteConfiguration, EntriesTellTheirDirectory) {
 TEST_F(SuiteConfiguration, LoadsAnotherFileForItselfAlone) {
   files_->content["/else/where/site.xml"] =
       "<siteconfiguration><application name='Vantor' configdir='d'><section name='S'><entry "
-      "key='K'>{ConfigDir}|loaded"
-      "</entry></section></application></siteconfiguration>";
+      "key='K'>{ConfigDir}|loaded</entry></section></application></siteconfiguration>";
   const auto service = Service();
   service.Load("\\else\\where\\site.xml");
   EXPECT_EQ(service.Value("S", "K"), "/else/where|loaded");

@@ -48,8 +48,7 @@ TEST(Maintenance, AsksTheCheckerForThreeColumnsOfTheRowAsItWillBe) {
     test.Replace<RecordingChecker>();
     test.Site().Sql(
         "INSERT INTO BUDGET (BUDGETCODE, CURRENCYCODE, USERID, OFFICEDESCRIPTION) VALUES ('A', 'EUR', "
-        "'anna', "
-        "'Lyon')");
+        "'anna', 'Lyon')");
     Array fields({"USERID", "CHARGETYPECODE"});
     Array values({"", "IT"});
     BudgetT().Update("A", fields, values);

@@ -78,8 +78,7 @@ TEST(Posting, SendsTheseStatementsInThisOrder) {
             "SELECT PARAMVALUE FROM REQUISITIONPARAMETER WHERE PARAMNAME = "
             "'SendEmailToBudgetHolderForBudgetWarning'",
             "UPDATE BUDGETLINES SET USEDAPPROVEDAMNT = ?, AVAILABLEAMNT = ?, AVAILABLEPERC = ? WHERE ID = ? "
-            "AND "
-            "USEDAPPROVEDAMNT IS NULL AND AVAILABLEAMNT = ? AND AVAILABLEPERC = ?",
+            "AND USEDAPPROVEDAMNT IS NULL AND AVAILABLEAMNT = ? AND AVAILABLEPERC = ?",
             "SELECT PARENTBUDGET FROM BUDGETRELATIONS WHERE CHILDBUDGET='LEAF'"}));
     // Every connection that the component opens for itself asks for its isolation level.
     EXPECT_GE(test.Script().Count(isolation), 4U);
@@ -295,9 +294,8 @@ TEST(RepostAllBudgets, MoreLinesThanASixteenBitCountAreAnOverflow) {
   OnRecordedInstallation([](RecordedInstallation& test) {
     test.Site().Sql(
         "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 32768) INSERT INTO "
-        "BUDGETLINES "
-        "(BUDGETCODE, STARTDATE, ENDDATE, BUDGETAMNT, USEDAPPROVEDAMNT, AVAILABLEAMNT, AVAILABLEPERC) "
-        "SELECT 'A', '2026-01-01T00:00:00', '2026-12-31T00:00:00', 100, 0, 100, 1 FROM n");
+        "BUDGETLINES (BUDGETCODE, STARTDATE, ENDDATE, BUDGETAMNT, USEDAPPROVEDAMNT, AVAILABLEAMNT, "
+        "AVAILABLEPERC) SELECT 'A', '2026-01-01T00:00:00', '2026-12-31T00:00:00', 100, 0, 100, 1 FROM n");
     const auto raised = ErrorOf([&] {
       test.Site().Host().Transactions().Run([] { std::make_shared<BudgetT>()->RepostAllBudgets(); });
     });
