@@ -226,7 +226,8 @@ class Verify(SampleTest):
         self.sql("INSERT INTO BUDGETLINES (BUDGETCODE, BUDGETAMNT, AVAILABLEAMNT, AVAILABLEPERC) "
                  "VALUES ('it-cloud', 1, 1, 1), ('STRAY', 1, 1, 1), ('STRAY', 1, 7, 1)")
         found = self.ask("verify", status=NO)
-        self.assertEqual(found["withoutBudget"], [{"budget": "STRAY", "line": 31}, {"budget": "STRAY", "line": 32}])
+        self.assertEqual(found["withoutBudget"],
+                         [{"budget": "STRAY", "line": 31}, {"budget": "STRAY", "line": 32}])
         self.assertEqual([(drift["budget"], drift["line"]) for drift in found["drifts"]], [("STRAY", 32)])
         self.sql("UPDATE BUDGETLINES SET AVAILABLEAMNT = 1 WHERE ID = 32")
         self.assertEqual(self.talvex("verify", status=NO).stdout,

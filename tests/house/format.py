@@ -1,5 +1,5 @@
-"""Every C++ source stands as clang-format writes it by the tree's .clang-format; tools/format does so. And no text
-is left in scraps, as a formatter leaves one that it has broken and then sees edited."""
+"""Every C++ source stands as clang-format writes it by the tree's .clang-format; tools/format does so. And no
+text is left in scraps, as a formatter leaves one that it has broken and then sees edited."""
 
 import pathlib
 import re
@@ -34,7 +34,7 @@ def unformatted(paths):
 
 
 def scraps(lines):
-    """Numbers of the lines that hold a short piece of a text between a full one and one whose first word had room."""
+    """Numbers of lines that hold a short piece of a text, behind a full one, and room for the next word."""
     found = []
     for number, (before, line, after) in enumerate(zip(lines, lines[1:], lines[2:]), start=2):
         above, piece, below = ENDS_LINE.match(before), ALONE.match(line), BEGINS.match(after)
