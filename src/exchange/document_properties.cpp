@@ -58,8 +58,7 @@ void BudgetExcel::SetCustomerPropertyInExcel(std::shared_ptr<Workbook>& i_uExcel
                                              const std::string& i_sPropertyType, std::string& o_sError) {
   constexpr std::string_view kMethod = "Talvex.BudgetExcel.SetCustomerPropertyInExcel";
   // Nobody says for which user the message is.
-  const std::string nobody;
-  Collecting(kMethod, failure_label::kWriting, nobody, o_sError, [&] {
+  Collecting(kMethod, failure_label::kWriting, std::nullopt, o_sError, [&] {
     SetDocumentProperty(Required(i_uExcelBook, "the workbook"), i_sPropertyName, i_vPropertyValue,
                         i_sPropertyType);
   });

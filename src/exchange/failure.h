@@ -1,6 +1,7 @@
 // Failures of the exchange that are collected as text instead of being raised.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -46,14 +47,15 @@ auto Labelled(std::string_view label, Body&& body) -> decltype(body()) {
 }
 
 // Appends one line to `text`, that of the failure's label in the user's language or, when there is no such
-// text, the label itself, and writes the cause to the log. The empty user reads English. Raises nothing.
-void CollectFailure(const Failure& failure, std::string_view method, const std::string& user,
+// text, the label itself, and writes the cause to the log. Nobody in particular reads English. Raises
+// nothing.
+void CollectFailure(const Failure& failure, std::string_view method, const std::optional<std::string>& user,
                     std::string& text);
 
 // Runs the body. A failure is collected, under this label when it has none of its own; false then.
 template <class Body>
-bool Collecting(std::string_view method, std::string_view label, const std::string& user, std::string& text,
-                Body&& body) {
+bool Collecting(std::string_view method, std::string_view label, const std::optional<std::string>& user,
+                std::string& text, Body&& body) {
   try {
     Labelled(label, std::forward<Body>(body));
     return true;

@@ -4,12 +4,13 @@
 
 #include "services/lib_error_handling.h"
 #include "services/lib_general.h"
+#include "services/localised_texts.h"
 
 namespace talvex {
 
-std::string EntryText(const std::string& user, const std::string& label) {
+std::string EntryText(const std::optional<std::string>& user, const std::string& label) {
   try {
-    std::string text = Lib_General::Gen_GetI18N(user, label);
+    std::string text = user ? Lib_General::Gen_GetI18N(*user, label) : Lib_General::LookUpForNobody(label);
     return text.empty() ? label : text;
   } catch (...) {
     return label;

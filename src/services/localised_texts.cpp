@@ -66,15 +66,20 @@ std::string TextFromHost(const TransactionContext& context, std::int16_t locale_
   return platform::suite::MessageManager::Of(*application).GetText(label, std::to_string(locale_id));
 }
 
-}  // namespace
-
-std::string LookUpI18N(const std::string& user, const std::string& label) {
-  if (automation::Trimmed(label).empty()) return {};
-  const std::int16_t locale_id = LocaleOf(user);
+std::string Text(const std::string& user, std::int16_t locale_id, const std::string& label) {
   const auto* const context = TransactionContext::Current();
   return context == nullptr ? TextFromTable(user, locale_id, label)
                             : TextFromHost(*context, locale_id, label);
 }
+
+}  // namespace
+
+std::string LookUpI18N(const std::string& user, const std::string& label) {
+  if (automation::Trimmed(label).empty()) return {};
+  return Text(user, LocaleOf(user), label);
+}
+
+std::string LookUpForNobody(const std::string& label) { return Text({}, kLocaleOfNobody, label); }
 
 std::string Gen_GetI18N(const std::string& user, const std::string& label) {
   return Handled("Lib_General.Gen_GetI18N", [&] { return LookUpI18N(user, label); });
