@@ -1,10 +1,8 @@
 #include "component/verification.h"
 
-#include <unordered_set>
-
+#include "automation/codes.h"
 #include "automation/conversions.h"
-#include "automation/currency.h"
-#include "automation/text.h"
+#include "automation/decimal.h"
 #include "ledger/line_amounts.h"
 #include "services/lib_general.h"
 #include "services/lib_sql.h"
@@ -16,14 +14,11 @@ namespace {
 using Lib_General::Gen_NullToDouble;
 using Lib_General::Gen_NullToString;
 
-bool SameToFourDecimals(double a, double b) {
-  return automation::Currency::FromDouble(a) == automation::Currency::FromDouble(b);
-}
+// As plain numbers: a total may be larger than any amount that can be posted.
+bool SameToFourDecimals(double a, double b) { return automation::Round(a, 4) == automation::Round(b, 4); }
 
-using Codes = std::unordered_set<std::string, automation::FoldedHash, automation::FoldedEqual>;
-
-Codes CodesOfBudgets(const std::shared_ptr<platform::database::Connection>& connection) {
-  Codes codes;
+automation::CodeSet CodesOfBudgets(const std::shared_ptr<platform::database::Connection>& connection) {
+  automation::CodeSet codes;
   auto budgets = Lib_SQL::Sql_GetReadonlyRecordset("SELECT BUDGETCODE FROM BUDGET", connection);
   for (; !budgets->Eof(); budgets->MoveNext()) codes.insert(Gen_NullToString(budgets->Value("BUDGETCODE")));
   Lib_SQL::CloseRecordset(budgets);
@@ -34,7 +29,7 @@ Codes CodesOfBudgets(const std::shared_ptr<platform::database::Connection>& conn
 
 Verification VerifyLines(const std::shared_ptr<platform::database::Connection>& connection) {
   Verification result;
-  const Codes budgets = CodesOfBudgets(connection);
+  const automation::CodeSet budgets = CodesOfBudgets(connection);
   auto lines =
       Lib_SQL::Sql_GetReadonlyRecordset("SELECT * FROM BUDGETLINES ORDER BY BUDGETCODE, ID", connection);
   for (; !lines->Eof(); lines->MoveNext()) {

@@ -36,8 +36,17 @@ std::unique_ptr<TransactionContext> TransactionHost::Begin(automation::Transacti
 Outcome TransactionHost::Run(const std::function<void()>& body) const { return RunWithRetry(body, 1); }
 
 Outcome TransactionHost::RunWithRetry(const std::function<void()>& body, int attempts) const {
+  return Repeat(automation::TransactionKind::Writing, body, attempts);
+}
+
+void TransactionHost::RunReading(const std::function<void()>& body, int attempts) const {
+  static_cast<void>(Repeat(automation::TransactionKind::Reading, body, attempts));
+}
+
+Outcome TransactionHost::Repeat(automation::TransactionKind kind, const std::function<void()>& body,
+                                int attempts) const {
   for (int attempt = 1;; ++attempt) {
-    const auto context = Begin();
+    const auto context = Begin(kind);
     const bool last = attempt >= attempts;
     try {
       const Outcome outcome = RunIn(*context, body);
@@ -48,11 +57,6 @@ Outcome TransactionHost::RunWithRetry(const std::function<void()>& body, int att
     context->Rollback();
     WaitBeforeAttempt(attempt);
   }
-}
-
-void TransactionHost::RunReading(const std::function<void()>& body) const {
-  const auto context = Begin(automation::TransactionKind::Reading);
-  static_cast<void>(RunIn(*context, body));
 }
 
 }  // namespace talvex::host

@@ -32,10 +32,13 @@ class TransactionHost {
   // Runs a body that only reads, in a transaction that sees one state of the database from its first read to
   // its end, and that nobody who writes waits for (docs/servers.md says what each database gives). A
   // statement that is no query raises -2147217900. Votes have no meaning, since there is nothing to keep or
-  // undo; an error out of the body is raised again.
-  void RunReading(const std::function<void()>& body) const;
+  // undo; an error out of the body is raised again. Where readers can be in others' way, and be ended for it,
+  // the body is run again, at most `attempts` times in all.
+  void RunReading(const std::function<void()>& body, int attempts = 1) const;
 
  private:
+  Outcome Repeat(automation::TransactionKind kind, const std::function<void()>& body, int attempts) const;
+
   automation::ObjectRef application_;
 };
 

@@ -74,6 +74,16 @@ class Init(unittest.TestCase):
                     self.assertNotIn("s3cret", ran.stderr)
         both = run("init", self.site, "--database", "Driver=x", "--database-file", path)
         self.assertEqual(both.returncode, USAGE)
+        for options, reason in ((["--database-file", "Driver=x;PWD=s3cret"], "takes the name of a file"),
+                                (["--databse", "Driver=x;PWD=s3cret"], "not expected"),
+                                (["Driver=x;PWD=s3cret"], "not expected"),
+                                (["--database-file", ""], "the name of the file is empty"),
+                                (["--database", " "], "the connection string is empty")):
+            with self.subTest(options=options):
+                ran = run("init", self.site, *options)
+                self.assertEqual(ran.returncode, USAGE, ran.stderr)
+                self.assertIn(reason, ran.stderr)
+                self.assertNotIn("s3cret", ran.stderr)
         missing = run("init", self.site, "--database-file", path + ".not")
         self.assertEqual(missing.returncode, FAILED)
         self.assertIn("File not found", missing.stderr)
@@ -229,6 +239,8 @@ class Verify(SampleTest):
         self.assertEqual(found["withoutBudget"],
                          [{"budget": "STRAY", "line": 31}, {"budget": "STRAY", "line": 32}])
         self.assertEqual([(drift["budget"], drift["line"]) for drift in found["drifts"]], [("STRAY", 32)])
+        self.sql("UPDATE BUDGETLINES SET BUDGETAMNT = 1E300, AVAILABLEAMNT = 1E300 WHERE ID = 31")
+        self.assertEqual(len(self.ask("verify", status=NO)["drifts"]), 1, "no amount is too large to be verified")
         self.sql("UPDATE BUDGETLINES SET AVAILABLEAMNT = 1 WHERE ID = 32")
         self.assertEqual(self.talvex("verify", status=NO).stdout,
                          "32 lines, 2 whose budget does not exist, so that nothing can be posted to it:\n"

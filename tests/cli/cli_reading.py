@@ -10,6 +10,14 @@ from _talvex import DONE, FAILED, NO, PROGRAM, SOURCE_DIR, USAGE, SampleTest, en
 
 
 class Show(SampleTest):
+    def test_finds_the_installation_however_its_directory_is_written(self):
+        folder, name = os.path.split(self.site)
+        expected = self.talvex("show", "IT", "--user", "e.clarke").stdout
+        for directory in (name, f"./{name}", f"{name}/", f"../{os.path.basename(folder)}/{name}"):
+            ran = subprocess.run([PROGRAM, "--now", NOW, "--config", directory, "show", "IT", "--user", "e.clarke"],
+                                 cwd=folder, env=environment(), encoding="utf-8", check=False, capture_output=True)
+            self.assertEqual((ran.returncode, ran.stdout), (0, expected), directory + ran.stderr)
+
     def test_shows_a_budget_and_its_lines(self):
         text = self.talvex("show", "it-cloud").stdout
         self.assertTrue(text.startswith("Budget IT-CLOUD\n"), text)

@@ -77,6 +77,23 @@ TEST(ReadingTransaction, RefusesToWriteAndSaysWhatToDo) {
   EXPECT_EQ(site.Rows("SELECT BUDGETAMNT FROM BUDGETLINES"), Rows{"1000"});
 }
 
+// A transaction that a text had ended would keep what comes next on its own, though its host undoes it.
+TEST(WritingTransaction, IsEndedByNobodyButItsHost) {
+  const TestInstallation site;
+  AddBudget(site, "LEAF", "", 1000);
+  for (const char* const statement : {"COMMIT", "ROLLBACK", "BEGIN TRANSACTION", "SAVE TRANSACTION A"}) {
+    const auto context = site.Host().Transactions().Begin();
+    site.Sql("UPDATE BUDGETLINES SET USEDAPPROVEDAMNT=5");
+    const auto raised = ErrorOf([&] { site.Sql(statement); });
+    EXPECT_EQ(raised.number, automation::error_number::kStatementRefused) << statement;
+    EXPECT_NE(raised.description.find("the host does so"), std::string::npos) << raised.description;
+    site.Sql("UPDATE BUDGETLINES SET USEDAPPROVEDAMNT=7");
+    EXPECT_EQ(UsedCents(site, "LEAF"), 700) << "the refusal leaves the transaction as it was";
+    context->Rollback();
+    EXPECT_EQ(UsedCents(site, "LEAF"), 0) << statement;
+  }
+}
+
 TEST(ReadingTransaction, LeavesItsSessionFitForWriting) {
   const TestInstallation site;
   AddBudget(site, "LEAF", "", 1000);

@@ -33,7 +33,13 @@ void ServerTransaction::StateSettings() {
 
 void ServerTransaction::Begin() {
   if (server_ == Server::PostgreSql) return connection_.SetAutocommit(false);
-  if (Ask(std::string(kSettings).append(kBegin)) == 1) return;
+  try {
+    if (Ask(std::string(kSettings).append(kBegin)) == 1) return;
+  } catch (...) {
+    // It may have begun all the same.
+    Rollback();
+    throw;
+  }
   Rollback();
   throw Fault(FaultKind::Other, 0, "25001",
               "A transaction was open already, begun by a statement of its own; it has been undone");

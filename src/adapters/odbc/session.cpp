@@ -113,6 +113,7 @@ Result OdbcSession::Execute(std::string_view text, std::span<const Variant> para
   const std::string isolation = IsolationAskedFor(text);
   if (HasIsolation(isolation)) return {};
   const SqlVerb verb = shape_.Verb();
+  if (verb == SqlVerb::Other) platform::database::RefuseTransactionControl(text);
   if (reads_only_ && verb != SqlVerb::Select && verb != SqlVerb::Set) platform::database::RefuseToWrite();
   return Noting([&] {
     // What a transaction is to be like must be said before all else, savepoints included.
@@ -120,8 +121,15 @@ Result OdbcSession::Execute(std::string_view text, std::span<const Variant> para
     Result result = RunStatement(text, parameters, most_rows);
     if (verb != SqlVerb::Select) savepoints_.AfterChange();
     if (!isolation.empty() && server_ == Server::SqlServer) isolation_ = isolation;
+    if (verb == SqlVerb::Other) RequireUnended();
     return result;
   });
+}
+
+// A procedure, or a block of statements, may have ended the transaction without failing.
+void OdbcSession::RequireUnended() {
+  if (!in_transaction_ || server_ != Server::SqlServer || transaction_.IsAlive()) return;
+  throw Fault(FaultKind::Other, 3930, "25000", "The statement has ended the transaction that it ran in");
 }
 
 // Whether the session has the level already. On SQL Server it holds until another one is set; on PostgreSQL

@@ -62,6 +62,7 @@ class OdbcSession final : public platform::database::Session {
 
   void FixClock(automation::Date now);
   void RequireLiveTransaction() const;
+  void RequireUnended();
   template <class Step>
   auto Noting(Step&& step);
   void BeforeStatement();

@@ -42,6 +42,7 @@ Result SqliteSession::Execute(std::string_view text, std::span<const Variant> pa
   platform::database::RequireStorableText(text);
   shape_.Read(text);
   RequireLiveTransaction();
+  if (shape_.Verb() == SqlVerb::Other) platform::database::RefuseTransactionControl(text);
   // SQLite isolates its transactions from one another completely; there is nothing to set.
   if (shape_.Verb() == SqlVerb::Set && platform::database::SetsIsolationLevel(text)) return {};
   if (reads_only_ && shape_.Verb() != SqlVerb::Select) platform::database::RefuseToWrite();

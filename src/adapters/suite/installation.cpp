@@ -9,15 +9,16 @@ namespace talvex::adapters::suite {
 
 namespace {
 
-std::string AbsoluteDirectory(std::string_view directory) {
-  std::string path = std::filesystem::absolute(platform::SystemPath(directory)).string();
+// One text for each place, however it was written: "site", "./site" and "site/" are one directory.
+std::string AbsolutePath(std::string_view path_text) {
+  std::string path = std::filesystem::absolute(platform::SystemPath(path_text)).lexically_normal().string();
   while (path.size() > 1 && path.back() == '/') path.pop_back();
   return path;
 }
 
 }  // namespace
 
-Installation::Installation(std::string_view directory) : directory_(AbsoluteDirectory(directory)) {}
+Installation::Installation(std::string_view directory) : directory_(AbsolutePath(directory)) {}
 
 std::string Installation::Path(std::string_view name) const { return directory_ + "/" + std::string(name); }
 
@@ -37,7 +38,7 @@ std::shared_ptr<const SiteConfiguration> Installation::Site() const {
 }
 
 std::shared_ptr<const SiteConfiguration> Installation::SiteAt(std::string_view path) const {
-  const std::string file = platform::SystemPath(path);
+  const std::string file = AbsolutePath(path);
   return file == Path("siteconfiguration.xml") ? Site() : SiteConfiguration::Read(file);
 }
 

@@ -214,7 +214,7 @@ ExitStatus RunAccount(Session& session, const AccountArguments& arguments) {
                .number;
   }
   Report report;
-  session.Host().Transactions().RunReading([&] { report = Explain(session, properties, type); });
+  session.ReadFirst([&] { report = Explain(session, properties, type); });
   if (session.Options().json) {
     PrintJson(session, report, arguments.explain);
   } else {

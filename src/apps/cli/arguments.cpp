@@ -8,6 +8,7 @@
 #include "apps/cli/commands.h"
 #include "apps/cli/layout.h"
 #include "apps/version.h"
+#include "platform/database/connection_string.h"
 
 namespace talvex::apps {
 
@@ -26,6 +27,12 @@ struct Globals {
   std::string user;
   bool json = false;
 };
+
+// What is wrong with the arguments quotes them, a connection string in the wrong place with its password.
+std::string WithoutSecrets(const std::string& message) {
+  const bool quotes_one = message.find('=') != std::string::npos && message.find(';') != std::string::npos;
+  return quotes_one ? platform::database::ConnectionString(message).Shown() : message;
+}
 
 // Builds the grammar. Options that all commands share are options of each of them as well, so that they may
 // stand on either side of the command's name; the other way, commands looking among the options of the
@@ -66,7 +73,7 @@ class Grammar {
       parsed.help = app_.version() + "\n";
       return parsed;
     } catch (const CLI::ParseError& error) {
-      throw UsageError(Shortened(error.what(), kLongestMessage));
+      throw UsageError(Shortened(WithoutSecrets(error.what()), kLongestMessage));
     }
     if (!chosen_) throw UsageError("say which command is to be run");
     parsed.options = Options();

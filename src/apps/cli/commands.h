@@ -16,8 +16,8 @@ namespace talvex::apps {
 struct InitArguments {
   std::string directory;
   bool sample = false;
-  std::string database;       // A connection string; empty for the embedded database.
-  std::string database_file;  // Where one is read from instead, "-" for standard input; empty for nowhere.
+  std::optional<std::string> database;       // A connection string; nothing for the embedded database.
+  std::optional<std::string> database_file;  // Where one is read from instead; "-" for standard input.
 };
 ExitStatus RunInit(Session& session, const InitArguments& arguments);
 

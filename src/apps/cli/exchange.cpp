@@ -140,7 +140,7 @@ void PrintReport(const Session& session, const ImportReport& report, const std::
 
 ExitStatus RunExport(Session& session, const ExportArguments& arguments) {
   component::ExportReport report;
-  session.Host().Transactions().RunReading([&] {
+  session.ReadFirst([&] {
     const Progress progress("Exporting");
     report = component::ExportBudgets(arguments.from, arguments.to, session.Options().user);
   });

@@ -35,10 +35,18 @@ std::string StandardInput() {
 // The connection string that the arguments name; empty for the embedded database. What is wrong with one that
 // was read is told without quoting it, for it may hold a password.
 std::string DatabaseOf(const InitArguments& arguments) {
-  if (arguments.database_file.empty()) return arguments.database;
-  const bool from_input = arguments.database_file == "-";
-  const std::string content = from_input ? StandardInput() : host::ReadFile(arguments.database_file);
-  const std::string where = from_input ? "standard input" : Shortened(arguments.database_file);
+  if (arguments.database && automation::Trimmed(*arguments.database).empty())
+    throw UsageError(
+        "--database: the connection string is empty; leave the option out for an embedded database");
+  if (!arguments.database_file) return arguments.database.value_or("");
+  const std::string& file = *arguments.database_file;
+  if (file.empty()) throw UsageError("--database-file: the name of the file is empty");
+  if (file.find('=') != std::string::npos && file.find(';') != std::string::npos)
+    throw UsageError(
+        "--database-file takes the name of a file; --database takes the connection string itself");
+  const bool from_input = file == "-";
+  const std::string content = from_input ? StandardInput() : host::ReadFile(file);
+  const std::string where = from_input ? "standard input" : Shortened(file);
   std::string_view text = content;
   while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.remove_suffix(1);
   text = automation::Trimmed(text);

@@ -1,5 +1,7 @@
 #include "apps/cli/session.h"
 
+#include <sstream>
+
 #include <nlohmann/json.hpp>
 
 #include "automation/transaction_context.h"
@@ -7,8 +9,14 @@
 
 namespace talvex::apps {
 
+namespace {
+
+constexpr int kAttempts = 5;
+
+}  // namespace
+
 void Session::Print(const Json& answer) const {
-  out_ << answer.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+  *out_ << answer.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
 }
 
 const host::Host& Session::Host() {
@@ -23,14 +31,30 @@ const host::Host& Session::Host() {
 }
 
 host::Outcome Session::InTransaction(const std::function<void()>& body) {
-  constexpr int kAttempts = 5;
   return Host().Transactions().RunWithRetry(body, kAttempts);
 }
 
 ExitStatus Session::Reading(const std::function<ExitStatus()>& body) {
+  std::ostream& out = *out_;
+  std::ostringstream told;
   ExitStatus status = ExitStatus::Failed;
-  Host().Transactions().RunReading([&] { status = body(); });
+  out_ = &told;
+  try {
+    ReadFirst([&] {
+      told.str({});  // An attempt that was undone tells nothing.
+      status = body();
+    });
+  } catch (...) {
+    out_ = &out;
+    throw;
+  }
+  out_ = &out;
+  out << told.view();
   return status;
+}
+
+void Session::ReadFirst(const std::function<void()>& body) {
+  Host().Transactions().RunReading(body, kAttempts);
 }
 
 automation::Date Session::Now() { return Host().Environment()->clock->Now(); }

@@ -56,11 +56,11 @@ struct GlobalOptions {
 class Session {
  public:
   Session(GlobalOptions options, Style style, std::ostream& out)
-      : options_(std::move(options)), style_(style), out_(out) {}
+      : options_(std::move(options)), style_(style), out_(&out) {}
 
   [[nodiscard]] const GlobalOptions& Options() const noexcept { return options_; }
   [[nodiscard]] const Style& Look() const noexcept { return style_; }
-  [[nodiscard]] std::ostream& Out() const noexcept { return out_; }
+  [[nodiscard]] std::ostream& Out() const noexcept { return *out_; }
   // Writes an answer for machines. Bytes that are not UTF-8 come out as the replacement character.
   void Print(const Json& answer) const;
 
@@ -69,8 +69,11 @@ class Session {
   [[nodiscard]] const host::Host& Host();
   // Runs the body in a transaction, and again a few times while the work of others stands in its way.
   host::Outcome InTransaction(const std::function<void()>& body);
+  // Runs a body that only reads and whose answer is told afterwards.
+  void ReadFirst(const std::function<void()>& body);
   // Runs a body that only reads, in a reading transaction: all that it tells is of one state of the database,
-  // and nobody who posts meanwhile waits for it. Gives the body's status.
+  // and nobody who posts meanwhile waits for it. What the body tells is written when the transaction has
+  // ended, so that a reader who takes his time keeps no snapshot open. Gives the body's status.
   ExitStatus Reading(const std::function<ExitStatus()>& body);
   // What the installation's clock says.
   [[nodiscard]] automation::Date Now();
@@ -80,7 +83,7 @@ class Session {
  private:
   GlobalOptions options_;
   Style style_;
-  std::ostream& out_;
+  std::ostream* out_;
   std::unique_ptr<host::Host> host_;
 };
 

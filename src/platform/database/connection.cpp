@@ -54,8 +54,8 @@ void Connection::Open(std::optional<std::string> text, std::optional<std::string
     throw Error(number::kObjectIsOpen, kErrorSource, "Operation is not allowed when the object is open");
   if (text) connection_string_ = std::move(*text);
   std::string complete = connection_string_;
-  if (user && !user->empty()) complete += ";UID=" + *user;
-  if (password && !password->empty()) complete += ";PWD=" + *password;
+  if (user && !user->empty()) complete += ";UID=" + ConnectionValue(*user);
+  if (password && !password->empty()) complete += ";PWD=" + ConnectionValue(*password);
   session_ = Guarded([&] { return Environment::Current().sessions->Acquire(complete); });
 }
 

@@ -73,4 +73,9 @@ std::string ConnectionString::Shown() const {
   return shown;
 }
 
+std::string ConnectionValue(std::string_view value) {
+  if (value.find_first_of(";{}= ") == std::string_view::npos) return std::string(value);
+  return "{" + automation::Replaced(value, "}", "}}") + "}";
+}
+
 }  // namespace talvex::platform::database

@@ -26,4 +26,7 @@ class ConnectionString {
   std::vector<std::pair<std::string, std::string>> parts_;
 };
 
+// A value as a connection string holds it: one with characters that mean something there stands in braces.
+[[nodiscard]] std::string ConnectionValue(std::string_view value);
+
 }  // namespace talvex::platform::database

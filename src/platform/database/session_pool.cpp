@@ -15,12 +15,16 @@ constexpr std::size_t kMostIdle = 16;
 // The one session of a transaction.
 class EnlistedSession final : public automation::TransactionContext::Resource {
  public:
-  EnlistedSession(std::string connection_string, std::shared_ptr<Session> session)
-      : connection_string_(std::move(connection_string)), session_(std::move(session)) {}
+  EnlistedSession(std::string connection_string, std::shared_ptr<Session> session, bool reads_only)
+      : connection_string_(std::move(connection_string)),
+        session_(std::move(session)),
+        reads_only_(reads_only) {}
 
   [[nodiscard]] const std::string& ConnectionText() const noexcept { return connection_string_; }
   [[nodiscard]] const std::shared_ptr<Session>& Get() const noexcept { return session_; }
   void Commit() override {
+    // What only reads leaves nothing, whatever a query may have done beside it.
+    if (reads_only_) return session_->Rollback();
     try {
       session_->Commit();
     } catch (const Fault& fault) {
@@ -32,6 +36,7 @@ class EnlistedSession final : public automation::TransactionContext::Resource {
  private:
   std::string connection_string_;
   std::shared_ptr<Session> session_;
+  bool reads_only_;
 };
 
 }  // namespace
@@ -50,12 +55,13 @@ std::shared_ptr<Session> SessionPool::Acquire(const std::string& connection_stri
                                 ConnectionString(connection_string).Shown());
   }
   std::shared_ptr<Session> session = Take(connection_string);
-  if (context->Kind() == automation::TransactionKind::Reading) {
+  const bool reads_only = context->Kind() == automation::TransactionKind::Reading;
+  if (reads_only) {
     session->BeginReading();
   } else {
     session->Begin();
   }
-  context->Enlist(kResourceKey, std::make_unique<EnlistedSession>(connection_string, session));
+  context->Enlist(kResourceKey, std::make_unique<EnlistedSession>(connection_string, session, reads_only));
   return session;
 }
 

@@ -1,6 +1,7 @@
 #include "platform/database/sql_text.h"
 
 #include <algorithm>
+#include <array>
 
 #include "automation/text.h"
 #include "platform/database/driver.h"
@@ -172,6 +173,16 @@ SqlToken SqlTokenizer::BlockComment() {
     }
   }
   Refuse(kUnclosedComment, "The comment at character " + std::to_string(at_ + 1) + " is not closed");
+}
+
+void RefuseTransactionControl(std::string_view text) {
+  constexpr std::array<std::string_view, 9> kVerbs = {"begin", "start", "commit",    "end",    "rollback",
+                                                      "abort", "save",  "savepoint", "release"};
+  SqlTokenizer tokens(text);
+  const std::string_view verb = tokens.NextMeaning().text;
+  if (std::find(kVerbs.begin(), kVerbs.end(), automation::Folded(verb)) == kVerbs.end()) return;
+  throw Fault(FaultKind::Other, 0, "2D000",
+              std::string(verb) + ": a statement may not begin, end or mark a transaction; the host does so");
 }
 
 void RequireStorableText(std::string_view text) {

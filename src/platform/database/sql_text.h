@@ -74,6 +74,11 @@ struct SqlDialect {
   bool folds_plain_names = false;    // Plain names are small letters: [Name] must be written "name".
 };
 
+// Raises Fault (SQLSTATE 2D000) for a text that begins, ends or marks a transaction ("COMMIT", "SAVE
+// TRANSACTION A"): a session would not know any more what is kept and what is undone. Transactions are those
+// of the host.
+void RefuseTransactionControl(std::string_view text);
+
 // Raises Fault (ValueRefused) for a text that is not UTF-8, or holds a NUL character: databases would cut it,
 // keep it as it is, or refuse it with words of their own.
 void RequireStorableText(std::string_view text);

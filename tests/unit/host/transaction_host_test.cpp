@@ -132,6 +132,25 @@ TEST(RunWithRetry, GivesUpAfterItsAttempts) {
   });
 }
 
+TEST(RunReading, IsRepeatedAsOftenAsItIsToldWhileOthersStandInItsWay) {
+  OnInstallation([](TestInstallation& site) {
+    for (const int attempts : {1, 3}) {
+      int runs = 0;
+      const auto raised = ErrorOf([&] {
+        site.Host().Transactions().RunReading(
+            [&] {
+              ++runs;
+              TransactionContext::Current()->NoteConflict();
+              throw Error(automation::error_number::kUnspecified, "Source", "deadlock");
+            },
+            attempts);
+      });
+      EXPECT_EQ(raised.description, "deadlock");
+      EXPECT_EQ(runs, attempts);
+    }
+  });
+}
+
 TEST(RunWithRetry, RepeatsNothingElse) {
   OnInstallation([](TestInstallation& site) {
     int runs = 0;

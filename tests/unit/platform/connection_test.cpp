@@ -48,6 +48,10 @@ TEST_F(ConnectionTest, AddsUserAndPasswordUnlessTheyAreEmpty) {
   with.Open("Database=a", "carol", "s3cret", -1);
   EXPECT_EQ(database_.events.back(), "open Database=a;UID=carol;PWD=s3cret");
   EXPECT_EQ(with.ConnectionText(), "Database=a");
+  with.Close();
+  with.Open("Database=a", "a;b", "p}q;Server=elsewhere", -1);
+  EXPECT_EQ(database_.events.back(), "open Database=a;UID={a;b};PWD={p}}q;Server=elsewhere}")
+      << "a value adds no key of its own";
   Connection without;
   without.Open("Database=a", "", "", -1);
   EXPECT_EQ(database_.events.back(), "open Database=a");

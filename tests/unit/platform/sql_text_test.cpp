@@ -53,6 +53,16 @@ void ExpectRefused(std::string_view text, std::int32_t native_error, std::string
   }
 }
 
+TEST(RefuseTransactionControl, KnowsItByTheFirstWord) {
+  for (const char* const text :
+       {"COMMIT", "commit transaction", "/* why */ Rollback", "BEGIN TRANSACTION", "START TRANSACTION", "END",
+        "ABORT", "SAVE TRANSACTION A", "SAVEPOINT A", "RELEASE A"}) {
+    EXPECT_THROW(RefuseTransactionControl(text), Fault) << text;
+  }
+  for (const char* const text : {"SELECT 1", "CREATE TABLE COMMITS (A INTEGER)", "DELETE T", "[COMMIT]"})
+    EXPECT_NO_THROW(RefuseTransactionControl(text)) << text;
+}
+
 TEST(SqlTokenizer, SplitsATextIntoItsTokens) {
   EXPECT_EQ(Tokens("SELECT [a b],\"c\".d FROM t WHERE x>=-1.5E-3 AND y='it''s';"),
             (std::vector<std::string>{"SELECT", "[a b]", ",", "\"c\"", ".", "d", "FROM", "t", "WHERE", "x",
