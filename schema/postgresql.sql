@@ -8,6 +8,9 @@
 -- to Z are the same without case is up to the database's LC_CTYPE: none in a database made with LC_CTYPE 'C',
 -- which is what the component itself takes codes to be.
 --
+-- A moment keeps its fraction of a second: timestamp(0) would round the last one before midnight, which others
+-- write as 23:59:59.997, to the next day.
+--
 -- citext has no lengths, so they are constraints. The name of a constraint is what a caller gets to read; a
 -- name has room for 63 characters.
 
@@ -118,8 +121,8 @@ CREATE SEQUENCE IF NOT EXISTS SQ_BUDGETLINES AS integer;
 CREATE TABLE IF NOT EXISTS BUDGETLINES (
   ID                  integer NOT NULL DEFAULT nextval('SQ_BUDGETLINES'),
   BUDGETCODE          citext COLLATE "C",
-  STARTDATE           timestamp(0),
-  ENDDATE             timestamp(0),
+  STARTDATE           timestamp,
+  ENDDATE             timestamp,
   BUDGETAMNT          talvex_amount,
   USEDNOTAPPROVEDAMNT talvex_amount,
   USEDAPPROVEDAMNT    talvex_amount,
@@ -229,8 +232,8 @@ CREATE TABLE IF NOT EXISTS LEDGERACCOUNT (
   LEDGERACCOUNT citext COLLATE "C" NOT NULL,
   DESCRIPTION   citext COLLATE "C",
   ACCOUNTTYPE   smallint,
-  DATEFROM      timestamp(0),
-  DATETO        timestamp(0),
+  DATEFROM      timestamp,
+  DATETO        timestamp,
   DIMENSION1    smallint,
   DIMENSION2    smallint,
   DIMENSION3    smallint,
@@ -252,8 +255,8 @@ CREATE TABLE IF NOT EXISTS ACCOUNTINGRULE (
   RULEDESCRIPTION citext COLLATE "C",
   SEQUENCENUMBER  smallint,
   LEDGERACCOUNT   citext COLLATE "C",
-  DATEFROM        timestamp(0),
-  DATETO          timestamp(0),
+  DATEFROM        timestamp,
+  DATETO          timestamp,
   CONSTRAINT "PK_ACCOUNTINGRULE" PRIMARY KEY (ACCRULEID),
   CONSTRAINT "FK_ACCOUNTINGRULE_LEDGERACCOUNT"
     FOREIGN KEY (LEDGERACCOUNT) REFERENCES LEDGERACCOUNT (LEDGERACCOUNT),
@@ -370,7 +373,7 @@ CREATE TABLE IF NOT EXISTS CURRENCY (
 -- The key itself serves the reading of the newest rate on a date.
 CREATE TABLE IF NOT EXISTS EXCHANGERATE (
   CURRENCYCODE citext COLLATE "C" NOT NULL,
-  VALIDFROM    timestamp(0) NOT NULL,
+  VALIDFROM    timestamp NOT NULL,
   RATE         talvex_amount,
   CONSTRAINT "PK_EXCHANGERATE" PRIMARY KEY (CURRENCYCODE, VALIDFROM),
   CONSTRAINT "EXCHANGERATE.CURRENCYCODE takes up to 50 characters"

@@ -76,6 +76,17 @@ class Left(unittest.TestCase):
                     self.gateway.result("invoke", **update)
                     self.assertEqual(self.query("SELECT AT FROM RATED"), [["2027-01-01 00:00:00"]])
 
+    def test_a_moment_before_midnight_does_not_become_the_next_day(self):
+        columns = self.query("SELECT table_name, column_name FROM information_schema.columns "
+                             "WHERE table_schema = 'public' AND data_type LIKE 'timestamp%'")
+        self.assertEqual(len(columns), 7, columns)
+        for table, column in columns:
+            with self.subTest(table=table, column=column):
+                self.query(f"CREATE TABLE ALONE AS SELECT {column} AS AT FROM {table} WHERE 1 = 0")
+                self.query("INSERT INTO ALONE VALUES ('2026-12-31T23:59:59.997')")
+                kept = self.query("SELECT AT FROM ALONE; DROP TABLE ALONE")
+                self.assertEqual(kept, [["2026-12-31 23:59:59.997"]])
+
 
 if __name__ == "__main__":
     unittest.main()
