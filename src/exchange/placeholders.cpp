@@ -1,6 +1,7 @@
 #include "exchange/placeholders.h"
 
 #include <algorithm>
+#include <cctype>
 
 #include "automation/text.h"
 #include "exchange/failure.h"
@@ -74,8 +75,20 @@ Place Behind(Place place, std::string_view piece) {
   return place;
 }
 
+// Whether the text ends with a number whose exponent is yet to come: "1E" and "1.5e", but not "Rate1E".
+bool EndsWithExponent(std::string_view text) {
+  if (text.empty() || (text.back() != 'E' && text.back() != 'e')) return false;
+  text.remove_suffix(1);
+  const std::size_t begin = text.find_last_not_of("0123456789.") + 1;  // 0 when there is nothing else.
+  if (begin == text.size()) return false;
+  if (begin == 0) return true;
+  const auto before = static_cast<unsigned char>(text[begin - 1]);
+  const bool in_name = std::isalnum(before) != 0 || before == '_' || before == '$' || before >= 0x80;
+  return !in_name;
+}
+
 // Whether a constant can stand there: between operators, separators, brackets or the ends. Next to anything
-// else it would become a part of that, as "7" does in "A7" and in "7:9".
+// else it would become a part of that, as "7" does in "A7", in "7:9" and in "1E+7".
 bool StandsAlone(std::string_view before, std::string_view behind) {
   constexpr std::string_view kBlanks = " \t\r\n";
   const std::size_t last = before.find_last_not_of(kBlanks);
@@ -83,6 +96,10 @@ bool StandsAlone(std::string_view before, std::string_view behind) {
   const auto is_one_of = [](char c, std::string_view marks) {
     return marks.find(c) != std::string_view::npos;
   };
+  if (last != std::string_view::npos && is_one_of(before[last], "+-") &&
+      EndsWithExponent(before.substr(0, last))) {
+    return false;
+  }
   return (last == std::string_view::npos || is_one_of(before[last], "=+-*/^&<>,;({")) &&
          (next == std::string_view::npos || is_one_of(behind[next], "=+-*/^&<>,;)}%"));
 }

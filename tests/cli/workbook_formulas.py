@@ -253,7 +253,8 @@ class Values(FormulaTest):
         glued = ["=A[%VALUE%]", "=$A$[%VALUE%]", "=SUM([%VALUE%]:3)", "=SUM(2 : [%VALUE%])", "=[%VALUE%]!A1",
                  "=[%VALUE%](A2)", "=1[%VALUE%]", "=1.[%VALUE%]", "=[%VALUE%]E5", "=[%VALUE%][%VALUE%]",
                  "=[%ROW%][%VALUE%]", '="a"[%VALUE%]', '=[%VALUE%]"a"', "='[%VALUE%]'!A1",
-                 "='a\"[%VALUE%]'!A1", "=A1 [%VALUE%]", "=#[%VALUE%]", "=(A1)[%VALUE%]", "=Other![%VALUE%]"]
+                 "='a\"[%VALUE%]'!A1", "=A1 [%VALUE%]", "=#[%VALUE%]", "=(A1)[%VALUE%]", "=Other![%VALUE%]",
+                "=1E+[%VALUE%]", "=1E-[%VALUE%]", "=A2*1.5e-[%VALUE%]"]
         for pattern in glued:
             with self.subTest(pattern=pattern):
                 self.assertEqual(self.fill([(pattern, "2")]), NOT_FILLED_IN)
