@@ -230,6 +230,20 @@ class WorkbookWriting(SampleTest):
         for layout, kind, value in ("<HHd", 5, 12.5), ("<HHh", 11, -1), ("<HHQ", 64, FILE_TIME):
             self.assertIn(struct.pack(layout, kind, 0, value), content)
 
+    def test_the_longest_names_and_texts_of_properties_come_back(self):
+        book, _ = self.new()
+        given = {"Plain": "x" * 65534, "Wide": "🙂" * 16383 + "xx", "n" * 65534: "v",
+                 "🙂" * 16383 + "nn": "v"}
+        for name, value in given.items():
+            self.call(book, "SetProperty", name, value)
+        for name, value in [("Plain", "x" * 65535), ("n" * 65535, "v"), ("meta:x", "v"), ("dc:title", "v")]:
+            self.assertEqual(self.error(book, "SetProperty", name, value)[0], 5)
+        self.call(book, "SaveAs", self.target)
+        again = self.call(self.program, "Open", self.target)
+        self.assertEqual(self.gateway.get(again, "PropertyCount"), len(given))
+        for name, value in given.items():
+            self.assertEqual(self.call(again, "Property", name), value, name[:9])
+
     def test_a_property_is_replaced_in_any_case(self):
         book, _ = self.new()
         self.call(book, "SetProperty", "B2B-Show", "first")

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <iterator>
 #include <limits>
 #include <utility>
 
@@ -40,13 +42,44 @@ bool HoldsDate(const automation::Date& date) {
   return date.Seconds() >= 0 && date.Seconds() <= std::numeric_limits<std::uint32_t>::max();
 }
 
+// The longest name or text that every file keeps whole, in bytes of UTF-8. A file whose texts all fit its
+// code page holds more characters, which one property beyond it would take away again.
+constexpr std::size_t kLongestProperty = 65534;
+
+void RequireFit(const std::string& text, const std::string& what) {
+  if (text.size() <= kLongestProperty) return;
+  throw Error(number::kInvalidCall, kSource, what + " is longer than the 65,534 bytes that a file holds");
+}
+
+// Properties whose names begin so describe the document itself: they are not among the custom ones, and those
+// that the file has no place for would be lost.
+bool IsReserved(const std::string& name) {
+  static constexpr const char* kFamilies[] = {"dc:", "gsf:", "meta:", "msole:", "xlsx:"};
+  return std::any_of(std::begin(kFamilies), std::end(kFamilies),
+                     [&](const char* family) { return name.starts_with(family); });
+}
+
+void RequireName(const std::string& name) {
+  if (name.empty() || !automation::IsUtf8(name) || name.find('\0') != std::string::npos) {
+    throw Error(number::kInvalidCall, kSource, "No name for a document property: \"" + name + "\"");
+  }
+  RequireFit(name, "The name of a document property");
+  if (!IsReserved(name)) return;
+  throw Error(number::kInvalidCall, kSource,
+              "The document property " + name +
+                  " cannot be set: names that begin with dc:, gsf:, meta:, msole: or xlsx: are taken");
+}
+
 // The value as one of the four types that a property has.
 Variant ForProperty(const std::string& name, const Variant& value) {
   if (value.IsEmpty()) return std::string();
   if (value.IsString()) {
     const auto& text = value.As<std::string>();
-    if (automation::IsUtf8(text) && text.find('\0') == std::string::npos) return value;
-    throw Error(number::kInvalidCall, kSource, "The document property " + name + " is no text");
+    if (!automation::IsUtf8(text) || text.find('\0') != std::string::npos) {
+      throw Error(number::kInvalidCall, kSource, "The document property " + name + " is no text");
+    }
+    RequireFit(text, "The text of the document property " + name);
+    return value;
   }
   if (value.Type() == Kind::Date && !HoldsDate(value.As<automation::Date>())) {
     throw Error(number::kOverflow, kSource,
@@ -166,9 +199,7 @@ std::int32_t Workbook::PropertyTypeOf(const std::string& name) {
 
 void Workbook::SetProperty(const std::string& name, const Variant& value) {
   book_->RequireOpen();
-  if (name.empty() || !automation::IsUtf8(name) || name.find('\0') != std::string::npos) {
-    throw Error(number::kInvalidCall, kSource, "No name for a document property: \"" + name + "\"");
-  }
+  RequireName(name);
   spreadsheet::Property property{name, ForProperty(name, value), false};
   book_->edits.emplace_back(edit::SetProperty{name, property.value});
   auto& properties = book_->content.properties;

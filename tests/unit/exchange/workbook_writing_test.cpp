@@ -79,6 +79,9 @@ TEST(TransformXMLToExcel, EachFailureAddsOneLineAndLeavesNothingBehind) {
       {"a placeholder", OnLines("<v B2BVALUEPOS='A1' B2BVALUE='[%X%]'/>"), 20, true, "a.XLT", kNotFilledIn},
       {"a property", "<a B2BPROPLABEL='p' B2BPROPVALUE='x' B2BPROPTYPE='number'/>", 20, true, "a.XLT",
        kNotWritten},
+      {"a property's text", "<a B2BPROPLABEL='p' B2BPROPVALUE='" + std::string(65535, 'x') + "'/>", 20, true,
+       "a.XLT", kNotWritten},
+      {"a property's name", "<a B2BPROPLABEL='meta:p' B2BPROPVALUE='x'/>", 20, true, "a.XLT", kNotWritten},
   };
   WithWorkbooks([&](WorkbookWorld& world) {
     for (const WritingFailure& row : rows) {

@@ -225,6 +225,27 @@ TEST_F(SpreadsheetTest, APropertyHoldsTheDatesThatTheFileHas) {
   EXPECT_EQ(book->Property("Day"), Variant(Date::FromSeconds(4294967295))) << "nothing is set then";
 }
 
+TEST_F(SpreadsheetTest, APropertyHoldsTheNamesAndTextsThatTheFileHas) {
+  const auto book = Open();
+  const std::string longest(65534, 'x');
+  book->SetProperty("Text", longest);
+  EXPECT_EQ(book->Property("Text"), Variant(longest));
+  book->SetProperty(longest, "x");
+  EXPECT_EQ(book->Property(longest), Variant("x"));
+  const std::int32_t count = book->PropertyCount();
+  for (const std::string& text : {longest + "x", longest.substr(3) + "\U0001F642"}) {
+    EXPECT_EQ(ErrorOf([&] { book->SetProperty("Text", text); }).description,
+              "The text of the document property Text is longer than the 65,534 bytes that a file holds");
+    EXPECT_EQ(ErrorOf([&] { book->SetProperty(text, "x"); }).description,
+              "The name of a document property is longer than the 65,534 bytes that a file holds");
+  }
+  for (const char* name : {"dc:title", "gsf:x", "meta:x", "msole:x", "xlsx:x"}) {
+    EXPECT_EQ(ErrorNumberOf([&] { book->SetProperty(name, "x"); }), number::kInvalidCall) << name;
+  }
+  EXPECT_EQ(book->PropertyCount(), count);
+  EXPECT_EQ(book->Property("Text"), Variant(longest)) << "nothing is set then";
+}
+
 TEST_F(SpreadsheetTest, CellsSetInTurnAreOneEditForEachSheet) {
   const auto book = Open();
   const auto first = book->Sheet(1);
