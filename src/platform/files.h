@@ -25,6 +25,8 @@ class Files {
   virtual void WriteNew(const std::string& path, std::string_view content) = 0;
 
   // Writes a file that appears under its name only when it is whole, in place of the one that has the name.
+  // The name of a symbolic link becomes that of the file, with the mode of the one that the link leads to,
+  // which stays as it is.
   virtual void Replace(const std::string& path, std::string_view content) = 0;
 
   // Adds to the end in one write, so that lines of several writers do not mix; makes the file when it is
