@@ -1,5 +1,7 @@
 #include "component/import_report.h"
 
+#include <algorithm>
+#include <array>
 #include <map>
 #include <unordered_map>
 
@@ -22,40 +24,69 @@ using platform::xml::XmlNode;
 using Kind = ImportedRow::Kind;
 using Outcome = ImportedRow::Outcome;
 
-// A row of a table, by column.
-using Row = std::vector<std::pair<std::string, std::string>>;
-using Rows = automation::CodeMap<Row>;
+// What rows are known by: the codes, and of a line the days of its period.
+using Key = std::array<std::string, 3>;
 
-constexpr char kBetween = '\n';
+struct KeyHash {
+  std::size_t operator()(const Key& key) const noexcept {
+    std::size_t hash = 0;
+    for (const std::string& part : key) hash = hash * 31 + automation::CodeHash()(part);
+    return hash;
+  }
+};
+struct KeyEqual {
+  bool operator()(const Key& a, const Key& b) const noexcept {
+    return std::equal(a.begin(), a.end(), b.begin(), automation::CodeEqual());
+  }
+};
+
+// A row of a table, by column.
+struct Row {
+  std::string id;  // Of a line.
+  std::vector<std::pair<std::string, std::string>> columns;
+};
+// A period can be stored more than once.
+using Rows = std::unordered_map<Key, std::vector<Row>, KeyHash, KeyEqual>;
 
 std::string Shown(const Variant& value) { return value.IsNull() ? std::string() : automation::ToText(value); }
 
-// The rows of a query by the texts of its first `keys` columns.
-Rows ReadRows(const std::string& query, std::size_t keys) {
+std::string DayText(const std::string& text) {
+  const auto date = automation::Date::Parse(text);
+  return date ? date->DayOnly().ToText() : text;
+}
+
+Key KeyOf(const Row& row, Kind kind) {
+  const auto text = [&](std::size_t column) { return row.columns[column].second; };
+  if (kind == Kind::Budget) return {text(0)};
+  if (kind == Kind::Relation) return {text(0), text(1)};
+  return {text(0), DayText(text(1)), DayText(text(2))};
+}
+
+Rows ReadRows(const std::string& query, Kind kind) {
   const auto connection = Lib_General::getConnection();
   const auto records = connection->Execute(query, nullptr, platform::database::kOptionsUnspecified);
   Rows rows;
   for (; !records->Eof(); records->MoveNext()) {
-    std::string key;
     Row row;
-    for (std::size_t i = 0; i < records->ColumnCount(); ++i) {
-      const std::string text = Shown(records->Value(i));
-      if (i < keys) key += text + kBetween;
-      row.emplace_back(records->ColumnName(i), text);
-    }
-    rows.emplace(std::move(key), std::move(row));
+    for (std::size_t i = 0; i < records->ColumnCount(); ++i)
+      row.columns.emplace_back(records->ColumnName(i), Shown(records->Value(i)));
+    if (kind == Kind::Line) row.id = row.columns.back().second;
+    rows[KeyOf(row, kind)].push_back(std::move(row));
   }
   return rows;
 }
+
+constexpr std::size_t kAmountColumn = 3;
 
 // What the tables hold of budgets, lines and relations.
 struct Tables {
   Rows budgets = ReadRows(
       "SELECT BUDGETCODE, BUDGETTYPE, CURRENCYCODE, OFFICEDESCRIPTION, CHARGETYPECODE, USERID, "
       "APPROVEINBUDGET, BUDGETWARNING FROM BUDGET",
-      1);
-  Rows lines = ReadRows("SELECT BUDGETCODE, STARTDATE, ENDDATE, BUDGETAMNT FROM BUDGETLINES", 3);
-  Rows relations = ReadRows("SELECT PARENTBUDGET, CHILDBUDGET FROM BUDGETRELATIONS", 2);
+      Kind::Budget);
+  Rows lines = ReadRows("SELECT BUDGETCODE, STARTDATE, ENDDATE, BUDGETAMNT, ID FROM BUDGETLINES ORDER BY ID",
+                        Kind::Line);
+  Rows relations = ReadRows("SELECT PARENTBUDGET, CHILDBUDGET FROM BUDGETRELATIONS", Kind::Relation);
 
   [[nodiscard]] const Rows& Of(Kind kind) const {
     if (kind == Kind::Budget) return budgets;
@@ -66,11 +97,6 @@ struct Tables {
 std::string ChildText(const XmlNode& element, std::string_view name) {
   const auto children = element.Children(name);
   return children.empty() ? std::string() : children.front()->Text();
-}
-
-std::string DayText(const std::string& text) {
-  const auto date = automation::Date::Parse(text);
-  return date ? date->DayOnly().ToText() : text;
 }
 
 Kind KindOf(const XmlNode& element) {
@@ -93,7 +119,8 @@ std::vector<std::string> Entries(std::string_view errors) {
 // A row as it came, with the key under which the tables hold it.
 struct Arrival {
   ImportedRow row;
-  std::string key;
+  Key key;
+  std::string amount;  // Of a line, as a stored one shows it.
 };
 
 Arrival ArrivalOf(XmlNode& element, const std::string& code, std::string_view errors) {
@@ -105,15 +132,17 @@ Arrival ArrivalOf(XmlNode& element, const std::string& code, std::string_view er
   if (const auto number = automation::ParseNumber(element.Attribute("row")))
     row.row = automation::RoundToInt32(*number);
   row.messages = Entries(errors);
-  arrival.key = code + kBetween;
+  arrival.key = {code};
   if (row.kind == Kind::Line) {
     const std::string start = DayText(ChildText(element, "EffectiveDate"));
     const std::string end = DayText(ChildText(element, "ExpiryDate"));
     row.detail = start + " - " + end;
-    arrival.key += start + kBetween + end + kBetween;
+    arrival.key = {code, start, end};
+    if (const auto amount = automation::ParseNumber(ChildText(element, "BudgetAmnt")))
+      arrival.amount = Shown(*amount);
   } else if (row.kind == Kind::Relation) {
     row.detail = ChildText(element, "ChildBudget");
-    arrival.key += row.detail + kBetween;
+    arrival.key = {code, row.detail};
   }
   return arrival;
 }
@@ -122,8 +151,7 @@ Arrival ArrivalOf(XmlNode& element, const std::string& code, std::string_view er
 class Arrivals {
  public:
   void Add(Arrival arrival) {
-    const std::string place = arrival.row.sheet + kBetween + std::to_string(arrival.row.row);
-    const auto [known, is_new] = places_.try_emplace(place, arrivals_.size());
+    const auto [known, is_new] = places_.try_emplace({arrival.row.sheet, arrival.row.row}, arrivals_.size());
     if (is_new || arrival.row.row == 0) {
       arrivals_.push_back(std::move(arrival));
       return;
@@ -135,7 +163,7 @@ class Arrivals {
 
  private:
   std::vector<Arrival> arrivals_;
-  std::unordered_map<std::string, std::size_t> places_;
+  std::map<std::pair<std::string, std::int32_t>, std::size_t> places_;
 };
 
 // Nothing of the row is kept: what would have been is no outcome.
@@ -145,32 +173,108 @@ void Undo(ImportedRow& row) {
   row.messages = {"the whole import was undone"};
 }
 
-// Compares the tables before and after.
-void Judge(Arrival& arrival, const Tables& before, const Tables& after) {
-  ImportedRow& row = arrival.row;
-  const Rows& old_rows = before.Of(row.kind);
-  const Rows& new_rows = after.Of(row.kind);
-  const auto old_row = old_rows.find(arrival.key);
-  const auto new_row = new_rows.find(arrival.key);
-  if (!row.messages.empty() || new_row == new_rows.end()) {
-    row.outcome = Outcome::Refused;
-    if (row.messages.empty()) row.messages.emplace_back("its budget was refused");
-    return;
+// What a row of the tables was before the import and is after it.
+struct Fate {
+  const Row* was = nullptr;  // Null for a new row.
+  const Row* is = nullptr;
+  bool told = false;
+
+  [[nodiscard]] bool IsUnchanged() const { return was != nullptr && was->columns == is->columns; }
+};
+
+// Compares the tables before and after, and finds for each row that came the stored one that it was meant
+// for.
+class Comparison {
+ public:
+  explicit Comparison(const Tables& before) : before_(before) {
+    for (const Kind kind : {Kind::Budget, Kind::Line, Kind::Relation})
+      fates_[static_cast<std::size_t>(kind)] = FatesOf(before_.Of(kind), after_.Of(kind));
   }
-  if (old_row == old_rows.end()) {
-    row.outcome = Outcome::Inserted;
-    return;
+
+  void Judge(std::vector<Arrival>& arrivals) {
+    // Rows that stored lines have the amounts of come first: they are the lines of nobody else.
+    std::vector<const Fate*> fates;
+    for (const Arrival& arrival : arrivals)
+      fates.push_back(arrival.row.messages.empty() ? Meant(arrival) : nullptr);
+    for (std::size_t i = 0; i < arrivals.size(); ++i) {
+      if (fates[i] == nullptr && arrivals[i].row.messages.empty()) fates[i] = Written(arrivals[i]);
+      Tell(arrivals[i].row, fates[i]);
+    }
   }
-  for (std::size_t i = 0; i < new_row->second.size(); ++i) {
-    const auto& [column, now] = new_row->second[i];
-    const std::string& was = old_row->second[i].second;
-    if (now == was) continue;
-    row.outcome = Outcome::Changed;
-    std::string message = column;
-    message.append(": '").append(was).append("' is now '").append(now).append("'");
-    row.messages.push_back(std::move(message));
+
+ private:
+  using Fates = std::unordered_map<Key, std::vector<Fate>, KeyHash, KeyEqual>;
+
+  static Fates FatesOf(const Rows& before, const Rows& after) {
+    Fates fates;
+    for (const auto& [key, rows] : after) {
+      const auto old_rows = before.find(key);
+      for (const Row& row : rows) {
+        Fate fate{nullptr, &row};
+        if (old_rows != before.end()) {
+          const auto old_row = std::find_if(old_rows->second.begin(), old_rows->second.end(),
+                                            [&](const Row& old) { return old.id == row.id; });
+          if (old_row != old_rows->second.end()) fate.was = &*old_row;
+        }
+        fates[key].push_back(fate);
+      }
+    }
+    return fates;
   }
-}
+
+  // The first row of the key that passes and that is not told of; null when there is none. Only lines have
+  // rows of their own: a budget may come more than once.
+  template <class Test>
+  const Fate* Find(const Arrival& arrival, Test&& passes) {
+    Fates& fates = fates_[static_cast<std::size_t>(arrival.row.kind)];
+    const auto found = fates.find(arrival.key);
+    if (found == fates.end()) return nullptr;
+    for (Fate& fate : found->second) {
+      if (fate.told || !passes(fate)) continue;
+      fate.told = arrival.row.kind == Kind::Line;
+      return &fate;
+    }
+    return nullptr;
+  }
+  // As the ledger pairs them: the line that had the amount already, or else the one that was given it.
+  const Fate* Meant(const Arrival& arrival) {
+    const auto has_amount = [&](const Fate& fate) {
+      return arrival.row.kind != Kind::Line || fate.is->columns[kAmountColumn].second == arrival.amount;
+    };
+    const Fate* kept =
+        Find(arrival, [&](const Fate& fate) { return fate.IsUnchanged() && has_amount(fate); });
+    return kept != nullptr ? kept : Find(arrival, has_amount);
+  }
+  // A database may store another amount than the one it was given.
+  const Fate* Written(const Arrival& arrival) {
+    return Find(arrival, [](const Fate& fate) { return !fate.IsUnchanged(); });
+  }
+
+  static void Tell(ImportedRow& row, const Fate* fate) {
+    if (fate == nullptr) {
+      row.outcome = Outcome::Refused;
+      if (row.messages.empty()) row.messages.emplace_back("its budget was refused");
+      return;
+    }
+    if (fate->was == nullptr) {
+      row.outcome = Outcome::Inserted;
+      return;
+    }
+    for (std::size_t i = 0; i < fate->is->columns.size(); ++i) {
+      const auto& [column, now] = fate->is->columns[i];
+      const std::string& was = fate->was->columns[i].second;
+      if (now == was) continue;
+      row.outcome = Outcome::Changed;
+      std::string message = column;
+      message.append(": '").append(was).append("' is now '").append(now).append("'");
+      row.messages.push_back(std::move(message));
+    }
+  }
+
+  const Tables& before_;
+  Tables after_;
+  std::array<Fates, 3> fates_;
+};
 
 bool HasText(const std::string& user, const std::string& label) { return EntryText(user, label) != label; }
 
@@ -197,9 +301,8 @@ ImportReport ImportWorkbook(const std::string& workbook, const std::string& user
                                     });
   const auto* context = automation::TransactionContext::Current();
   report.undone = context != nullptr && context->Aborted();
-  const Tables after;
+  Comparison(before).Judge(arrivals.All());
   for (Arrival& arrival : arrivals.All()) {
-    Judge(arrival, before, after);
     if (report.undone) Undo(arrival.row);
     report.rows.push_back(std::move(arrival.row));
   }

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 
 #include "automation/class_info.h"
@@ -199,16 +200,18 @@ class BudgetT final : public automation::Object {
       "Writes the budget of a BudgetHeader element and, from the document, the lines of the same "
       "budgetCode. Of a budget that exists only charge type, holder and warning step change, and its "
       "currency as long as it has no lines. What is wrong with a line is added to o_sError in the "
-      "language of o_sUser, and the line is passed over. True. Writes BUDGET and BUDGETLINES.");
+      "language of o_sUser, and the line is passed over. Where a period is stored more than once, each "
+      "element has a line of its own: of those that are left, the one with its amount, else the first; a new "
+      "one when none is left. True. Writes BUDGET and BUDGETLINES.");
 
   TALVEX_METHOD(
       void, InsertBudgetLines,
       (const std::string& i_sBudgetCode, const std::shared_ptr<platform::xml::XmlNode>& i_oBudgetXMLNode,
        const std::string& i_sUser, std::string& o_sError, const std::optional<bool>& i_bFromHeader = {}),
       "Writes one BudgetLine element: the amount of the line of exactly that period, or a new line. A "
-      "missing element, a budget that does not exist (not asked when i_bFromHeader is set) and a "
-      "period in conflict with every line are added to o_sError. Writes BUDGETLINES. Raises 13 for "
-      "dates and amounts that are none.");
+      "missing element, a budget that does not exist, a period that is stored more than once (both not "
+      "asked when i_bFromHeader is set) and a period in conflict with every line are added to o_sError. "
+      "Writes BUDGETLINES. Raises 13 for dates and amounts that are none.");
 
   TALVEX_METHOD(
       void, InsertBudgetRelations,
@@ -275,6 +278,12 @@ class BudgetT final : public automation::Object {
                            automation::Array& values, Mode mode);
   void InsertUpdateLine(const std::string& code, std::int32_t id, const automation::Array& fields,
                         const automation::Array& values, Mode mode);
+
+  // Loading. The rows of one header are paired with stored lines one to one: `claims` has the numbers (ID) of
+  // those that earlier rows were paired with. Null for a row that comes without its header.
+  using LineClaims = std::set<std::string>;
+  void LoadLine(const std::string& budget_code, const std::shared_ptr<platform::xml::XmlNode>& node,
+                const std::string& user, std::string& error, LineClaims* claims);
 
   // Warnings. The percentages are those before and after a change, 100 for a line with nothing used.
   static void checkbudgetwarning(double percentage_before, double percentage_after, const RecordsetRef& line);

@@ -1,6 +1,7 @@
 // Writing budgets, lines and relations that come as elements of the budget import document.
 #include <algorithm>
 #include <optional>
+#include <set>
 
 #include "automation/conversions.h"
 #include "automation/text.h"
@@ -161,13 +162,23 @@ bool HasAmount(const Recordset& line, double amount) {
   return ReadsTheSame(Lib_General::Gen_NullToDouble(line.Value("BUDGETAMNT")), amount);
 }
 
-// Stands on the line of exactly that period; false when there is none. Where the store has several of the
-// period, the one that has the amount already is meant: what was exported comes back to where it was.
-bool FindSame(Recordset& lines, const Period& period, double amount) {
-  const auto same = [&] {
-    return DayIn(lines, "STARTDATE") == period.start && DayIn(lines, "ENDDATE") == period.end;
-  };
-  return StandOn(lines, [&] { return same() && HasAmount(lines, amount); }) || StandOn(lines, same);
+bool HasPeriod(const Recordset& line, const Period& period) {
+  return DayIn(line, "STARTDATE") == period.start && DayIn(line, "ENDDATE") == period.end;
+}
+
+std::string IdOf(const Recordset& line) { return automation::ToText(line.Value("ID")); }
+
+// Stands on the line of exactly that period that no earlier row has claimed; false when there is none. Of
+// several the one that has the amount already is meant: what was exported comes back to where it was.
+bool StandOnUnclaimed(Recordset& lines, const Period& period, double amount,
+                      const std::set<std::string>& claims) {
+  const auto free = [&] { return HasPeriod(lines, period) && !claims.contains(IdOf(lines)); };
+  return StandOn(lines, [&] { return free() && HasAmount(lines, amount); }) || StandOn(lines, free);
+}
+
+bool IsStoredTwice(Recordset& lines, const Period& period) {
+  int count = 0;
+  return StandOn(lines, [&] { return HasPeriod(lines, period) && ++count > 1; });
 }
 
 // Whether every line conflicts with the period. One passes that starts by the period's end, or ends from its
@@ -225,7 +236,8 @@ bool BudgetT::InsertBudgets(const XmlNodeRef& i_oHeaderXMLNode, const XmlDocumen
     const auto lines =
         Required(i_oBudgetXML, "the document", kSource)
             .SelectNodes("//BudgetLine[@budgetCode=" + platform::xml::XPathLiteral(code) + "]");
-    for (const XmlNodeRef& line : lines->Nodes()) InsertBudgetLines(code, line, o_sUser, o_sError, true);
+    LineClaims claims;
+    for (const XmlNodeRef& line : lines->Nodes()) LoadLine(code, line, o_sUser, o_sError, &claims);
     return true;
   });
 }
@@ -233,31 +245,42 @@ bool BudgetT::InsertBudgets(const XmlNodeRef& i_oHeaderXMLNode, const XmlDocumen
 void BudgetT::InsertBudgetLines(const std::string& i_sBudgetCode, const XmlNodeRef& i_oBudgetXMLNode,
                                 const std::string& i_sUser, std::string& o_sError,
                                 const std::optional<bool>& i_bFromHeader) {
+  LineClaims none_yet;
+  LoadLine(i_sBudgetCode, i_oBudgetXMLNode, i_sUser, o_sError,
+           i_bFromHeader.value_or(false) ? &none_yet : nullptr);
+}
+
+void BudgetT::LoadLine(const std::string& budget_code, const XmlNodeRef& node, const std::string& user,
+                       std::string& error, LineClaims* claims) {
   Writes("Talvex.BudgetT.InsertBudgetLines", [&] {
     const auto refuse = [&](const std::string& label) {
-      Lib_ErrorHandling::Err_AppendLine(o_sError, EntryText(i_sUser, label), i_sBudgetCode);
+      Lib_ErrorHandling::Err_AppendLine(error, EntryText(user, label), budget_code);
     };
-    if (i_oBudgetXMLNode == nullptr) return refuse("SLBBU0341");
+    if (node == nullptr) return refuse("SLBBU0341");
     const auto connection = getConnection();
-    if (!i_bFromHeader.value_or(false)) {
+    if (claims == nullptr) {
       const auto budget = Sql_GetReadonlyRecordset(
-          "SELECT * FROM BUDGET  WHERE BUDGETCODE=" + TextLiteral(i_sBudgetCode), connection);
+          "SELECT * FROM BUDGET  WHERE BUDGETCODE=" + TextLiteral(budget_code), connection);
       if (budget->Eof()) return refuse("SLBBU0356");
     }
-    const Element element(i_oBudgetXMLNode, "BudgetLine", "the line");
+    const Element element(node, "BudgetLine", "the line");
     const std::string& code = element.CodeToStore();
     const Period period = {automation::ToDate(Variant(element.Text("EffectiveDate"))).DayOnly(),
                            element.Day("ExpiryDate")};
     const double amount = automation::ToDouble(Variant(element.Text("BudgetAmnt")));
 
     auto lines = Sql_GetUpdateableRecordset(SelectLines(code), connection, LockType::Optimistic);
-    if (lines->Eof()) {
+    // A row that comes without the others of its budget does not tell which of several lines it means.
+    const bool is_first = lines->Eof();
+    if (claims == nullptr && !is_first && IsStoredTwice(*lines, period)) return refuse("SLBBU0333");
+    const LineClaims claimed = claims == nullptr ? LineClaims() : *claims;
+    if (is_first) {
       AddLine(*lines, code, period, amount);
     } else {
       // An open-ended line that is there already has no end that could be compared.
-      const bool known = !period.end && FindSame(*lines, period, amount);
+      const bool known = !period.end && StandOnUnclaimed(*lines, period, amount, claimed);
       if (!known && Conflicts(*lines, period)) return refuse("SLBBU0333");
-      if (!FindSame(*lines, period, amount)) {
+      if (!StandOnUnclaimed(*lines, period, amount, claimed)) {
         AddLine(*lines, code, period, amount);
       } else if (!HasAmount(*lines, amount)) {
         lines->SetValue("BUDGETAMNT", amount);
@@ -265,6 +288,7 @@ void BudgetT::InsertBudgetLines(const std::string& i_sBudgetCode, const XmlNodeR
     }
     SetBudgetAvailable(lines);
     lines->Update(std::nullopt, std::nullopt);
+    if (claims != nullptr) claims->insert(IdOf(*lines));
     Lib_SQL::CloseRecordset(lines);
   });
 }

@@ -130,9 +130,49 @@ class Circle(ExchangeTest):
         every_cell = [f"SELECT * FROM {table} ORDER BY 1, 2" for table in
                       ("BUDGET", "BUDGETLINES", "BUDGETRELATIONS")]
         before = [self.sql(query) for query in every_cell]
-        answer = self.ask("import", self.export())
+        answer = self.imported(self.export())
         self.assertEqual(answer["errors"], [])
+        self.assertEqual({row["outcome"] for row in answer["rows"]}, {"left alone"})
         self.assertEqual([self.sql(query) for query in every_cell], before)
+
+    def test_rows_are_told_by_their_days_and_codes(self):
+        self.sql("UPDATE BUDGETLINES SET STARTDATE = '2026-01-01T08:00:00' WHERE BUDGETCODE = 'IT-CLOUD'")
+        answer = self.imported(self.book(lines=[("IT-CLOUD", "1/1/2026", "12/31/2026", 95001)],
+                                         relations=[("IT", "IT-CLOUD"), ("MARKETING", "IT-CLOUD")]))
+        self.assertEqual([row["outcome"] for row in answer["rows"]], ["changed", "left alone", "inserted"])
+        self.assertRegex(answer["rows"][0]["messages"][0], r"^BUDGETAMNT: '[0-9]+' is now '95001'$")
+
+    def test_each_row_of_a_period_that_is_stored_twice_has_a_line_of_its_own(self):
+        header = ("TWICE", "Standard", "EUR", "", "SOFTWARE", "", "", None)
+        same = "left alone"
+        rows = (((100, 200), (100, 200), [same, same]), ((200, 200), (200, 200), [same, "changed"]),
+                ((200, 100), (100, 200), [same, same]), ((150, 200), (150, 200), ["changed", same]),
+                ((150, 250), (150, 250), ["changed", "changed"]), ((7,), (7, 200), ["changed"]),
+                ((100, 200, 200), (100, 200, 200), [same, same, "inserted"]))
+        for amounts, kept, outcomes in rows:
+            with self.subTest(amounts=amounts):
+                for table in ("BUDGET", "BUDGETLINES"):
+                    self.sql(f"DELETE FROM {table} WHERE BUDGETCODE = 'TWICE'")
+                self.sql("INSERT INTO BUDGET (BUDGETCODE, BUDGETTYPE, CURRENCYCODE, CHARGETYPECODE, "
+                         "APPROVEINBUDGET) VALUES ('TWICE', 1, 'EUR', 'SOFTWARE', 0)")
+                self.sql("INSERT INTO BUDGETLINES (BUDGETCODE, STARTDATE, ENDDATE, BUDGETAMNT) VALUES "
+                         "('TWICE', '2026-01-01T08:00:00', '2026-12-31T00:00:00', 100), "
+                         "('TWICE', '2026-01-01T00:00:00', '2026-12-31T00:00:00', 200)")
+                lines = [("TWICE", "1/1/2026", "12/31/2026", amount) for amount in amounts]
+                answer = self.imported(self.book(budgets=[header], lines=lines))
+                told = [row["outcome"] for row in answer["rows"] if row["kind"] == "line"]
+                self.assertEqual(told, outcomes)
+                self.assertEqual(tuple(amount for amount, in self.sql(
+                    "SELECT BUDGETAMNT FROM BUDGETLINES WHERE BUDGETCODE = 'TWICE' ORDER BY ID")), kept)
+
+    def test_a_row_without_its_header_does_not_say_which_of_two_lines_it_means(self):
+        self.sql("INSERT INTO BUDGETLINES (BUDGETCODE, STARTDATE, ENDDATE, BUDGETAMNT) VALUES "
+                 "('IT-CLOUD', '2030-01-01T08:00:00', '2030-12-31T00:00:00', 100), "
+                 "('IT-CLOUD', '2030-01-01T00:00:00', '2030-12-31T00:00:00', 200)")
+        answer = self.imported(self.book(lines=[("IT-CLOUD", "1/1/2030", "12/31/2030", 200)]), status=NO)
+        self.assertEqual([row["outcome"] for row in answer["rows"]], ["refused"])
+        self.assertEqual(answer["errors"],
+                         ["The period conflicts with an existing line of this budget-IT-CLOUD"])
 
     def test_a_dry_run_tells_all_and_keeps_nothing(self):
         path = self.book(budgets=[("NEW", "Standard", "EUR", "", "SOFTWARE", "", "Yes", 10)],
