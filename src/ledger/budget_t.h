@@ -201,8 +201,8 @@ class BudgetT final : public automation::Object {
       "budgetCode. Of a budget that exists only charge type, holder and warning step change, and its "
       "currency as long as it has no lines. What is wrong with a line is added to o_sError in the "
       "language of o_sUser, and the line is passed over. Where a period is stored more than once, each "
-      "element has a line of its own: of those that are left, the one with its amount, else the first; a new "
-      "one when none is left. True. Writes BUDGET and BUDGETLINES.");
+      "element has a line of its own: of those that are left, the one with its amount, else the first; "
+      "when none is left, the first again. True. Writes BUDGET and BUDGETLINES.");
 
   TALVEX_METHOD(
       void, InsertBudgetLines,

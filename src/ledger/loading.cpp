@@ -168,12 +168,15 @@ bool HasPeriod(const Recordset& line, const Period& period) {
 
 std::string IdOf(const Recordset& line) { return automation::ToText(line.Value("ID")); }
 
-// Stands on the line of exactly that period that no earlier row has claimed; false when there is none. Of
-// several the one that has the amount already is meant: what was exported comes back to where it was.
-bool StandOnUnclaimed(Recordset& lines, const Period& period, double amount,
-                      const std::set<std::string>& claims) {
-  const auto free = [&] { return HasPeriod(lines, period) && !claims.contains(IdOf(lines)); };
-  return StandOn(lines, [&] { return free() && HasAmount(lines, amount); }) || StandOn(lines, free);
+// Stands on the line of exactly that period; false when there is none. Of several, one that no earlier row
+// has claimed is meant, and of those the one that has the amount already: what was exported comes back to
+// where it was. A period that the rows have more often than the store replaces what an earlier row has put
+// there.
+bool StandOnSame(Recordset& lines, const Period& period, double amount, const std::set<std::string>& claims) {
+  const auto same = [&] { return HasPeriod(lines, period); };
+  const auto free = [&] { return same() && !claims.contains(IdOf(lines)); };
+  return StandOn(lines, [&] { return free() && HasAmount(lines, amount); }) || StandOn(lines, free) ||
+         StandOn(lines, same);
 }
 
 bool IsStoredTwice(Recordset& lines, const Period& period) {
@@ -278,9 +281,9 @@ void BudgetT::LoadLine(const std::string& budget_code, const XmlNodeRef& node, c
       AddLine(*lines, code, period, amount);
     } else {
       // An open-ended line that is there already has no end that could be compared.
-      const bool known = !period.end && StandOnUnclaimed(*lines, period, amount, claimed);
+      const bool known = !period.end && StandOnSame(*lines, period, amount, claimed);
       if (!known && Conflicts(*lines, period)) return refuse("SLBBU0333");
-      if (!StandOnUnclaimed(*lines, period, amount, claimed)) {
+      if (!StandOnSame(*lines, period, amount, claimed)) {
         AddLine(*lines, code, period, amount);
       } else if (!HasAmount(*lines, amount)) {
         lines->SetValue("BUDGETAMNT", amount);

@@ -6,7 +6,7 @@ import subprocess
 import tempfile
 import unittest
 
-from _talvex import DONE, FAILED, NO, PROGRAM, SOURCE_DIR, USAGE, SampleTest, environment, run
+from _talvex import DONE, FAILED, NO, NOW, PROGRAM, SOURCE_DIR, USAGE, SampleTest, environment, run
 
 
 class Show(SampleTest):
@@ -14,9 +14,10 @@ class Show(SampleTest):
         folder, name = os.path.split(self.site)
         expected = self.talvex("show", "IT", "--user", "e.clarke").stdout
         for directory in (name, f"./{name}", f"{name}/", f"../{os.path.basename(folder)}/{name}"):
-            ran = subprocess.run([PROGRAM, "--now", NOW, "--config", directory, "show", "IT", "--user", "e.clarke"],
-                                 cwd=folder, env=environment(), encoding="utf-8", check=False, capture_output=True)
-            self.assertEqual((ran.returncode, ran.stdout), (0, expected), directory + ran.stderr)
+            command = [PROGRAM, "--now", NOW, "--config", directory, "show", "IT", "--user", "e.clarke"]
+            ran = subprocess.run(command, cwd=folder, env=environment(), encoding="utf-8", check=False,
+                                 capture_output=True)
+            self.assertEqual((ran.returncode, ran.stdout), (DONE, expected), directory + ran.stderr)
 
     def test_shows_a_budget_and_its_lines(self):
         text = self.talvex("show", "it-cloud").stdout
