@@ -228,7 +228,8 @@ void SystemFiles::Replace(const std::string& path, std::string_view content) {
 }
 
 void SystemFiles::Append(const std::string& path, std::string_view content) {
-  Descriptor file(Checked(path), O_WRONLY | O_APPEND | O_CREAT, path);
+  // A pipe of that name, which nobody reads, must not hold the call up.
+  Descriptor file(Checked(path), O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK, path);
   if (const std::size_t written = file.Write(content); written != content.size()) {
     throw Error(number::kFileAccess, kSource,
                 "Path/File access error: " + path + " (only " + std::to_string(written) + " of " +

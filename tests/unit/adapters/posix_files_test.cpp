@@ -253,6 +253,12 @@ TEST_F(PosixFilesTest, OnlyAnOrdinaryFileIsRead) {
   }
 }
 
+TEST_F(PosixFilesTest, AppendingWaitsForNobodyWhoReadsAPipe) {
+  ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
+  ExpectError(number::kFileAccess, Path("pipe"), "No such device or address",
+              [&] { files_.Append(Path("pipe"), "x"); });
+}
+
 TEST_F(PosixFilesTest, NoMoreIsReadThanTheLargestFileHas) {
   static_cast<void>(folder_.Write("a", "x"));
   fs::resize_file(Path("a"), kLargestFile);
