@@ -67,7 +67,9 @@ class Left(SiteTest):
         gateway = self.trial.gateway
         connection = gateway.create("Platform.Connection")
         gateway.invoke(connection, "Open", [self.string])
-        self.assertIsNone(self.trial.execute(connection, "BEGIN TRANSACTION"))
+        refused = gateway.ask("invoke", object=connection, method="Execute", args=["BEGIN TRANSACTION"])
+        self.assertIn("the host does so", str(refused))
+        self.assertIsNone(self.trial.execute(connection, "SET IMPLICIT_TRANSACTIONS ON"))
         self.assertIsNone(self.trial.execute(connection, FIRST))
         gateway.invoke(connection, "Close", [])
         gateway.result("release", object=connection)

@@ -3,6 +3,7 @@
 #include <fstream>
 #include <future>
 
+#include "adapters/sqlite/database.h"
 #include "adapters/sqlite/faults.h"
 #include "unit/adapters/sqlite_world.h"
 
@@ -171,9 +172,11 @@ TEST_F(SqliteFaultsTest, TransactionsDoNotNest) {
   EXPECT_TRUE(session->Usable());
 }
 
-TEST_F(SqliteFaultsTest, ATransactionThatAStatementOpenedMakesTheSessionUnusable) {
+TEST_F(SqliteFaultsTest, NoStatementOpensATransaction) {
   const auto session = OpenNew("");
-  Run(*session, "BEGIN");
+  ExpectFault(FaultKind::Other, 0, "2D000", "the host does so", [&] { Run(*session, "BEGIN"); });
+  EXPECT_TRUE(session->Usable());
+  session->Begin();
   EXPECT_FALSE(session->Usable());
   ExpectFault(FaultKind::Other, 0, "25001", "open already", [&] { session->Begin(); });
   session->Rollback();
@@ -269,12 +272,11 @@ TEST_F(SqliteFaultsTest, NoUpdateOfManyWritersIsLost) {
 }
 
 TEST_F(SqliteFaultsTest, ASnapshotThatIsTooOldIsAConflict) {
-  const auto first = OpenNew("CREATE TABLE T (A INT)");
-  const auto second = Open();
-  Run(*first, "BEGIN");
-  Run(*first, "SELECT * FROM T");
-  Run(*second, "INSERT INTO T VALUES (1)");
-  ExpectFault(FaultKind::Conflict, 1205, "40001", "locked", [&] { Run(*first, "INSERT INTO T VALUES (2)"); });
+  const auto writer = OpenNew("CREATE TABLE T (A INT)");
+  adapters::sqlite::Database reader(DatabasePath(), 1000);
+  reader.Run("BEGIN; SELECT * FROM T");
+  Run(*writer, "INSERT INTO T VALUES (1)");
+  ExpectFault(FaultKind::Conflict, 1205, "40001", "locked", [&] { reader.Run("INSERT INTO T VALUES (2)"); });
 }
 
 }  // namespace
