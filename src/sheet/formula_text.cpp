@@ -48,7 +48,10 @@ std::string TakeDoubled(std::string_view& rest) {
     }
     text += rest[at];
   }
-  Refuse(std::string("a quote ") + quote + " has no end");
+  std::string reason = "a quote ";
+  reason += quote;
+  reason += " has no end";
+  Refuse(reason);
 }
 
 std::string TakeEscaped(std::string_view& rest) {
