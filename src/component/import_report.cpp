@@ -322,8 +322,8 @@ ExportReport ExportBudgets(const std::string& from, const std::string& to, const
         report.error,
         "The types of budgets have no names in the language of user '" + user + "' (labels " +
             type_label::kStandard + " and " + type_label::kAggregate +
-            "), so the workbook could not be imported again: export for another user, or add the texts and teach them "
-            "to the import stylesheet",
+            "), so the workbook could not be imported again: export for another user, or add the texts and "
+            "teach them to the import stylesheet",
         "");
     return report;
   }
